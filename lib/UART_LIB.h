@@ -1,0 +1,25 @@
+// UART port layer: open, configure, lock and close the serial device of a link.
+#pragma once
+
+#include <termios.h>
+
+#include <cstddef>
+
+typedef enum { BLKING = 0, NONBLKING = 1 } UART_MODE;
+typedef enum { RS232 = 0, RS485 = 1 } UART_TYPE;
+
+typedef void (*UART_TYPE_CALLBACK)(UART_TYPE type);
+
+speed_t getBaudRate(int baudrate);
+int initTIO(int baudrate, UART_MODE mode);
+int UART_Open(const char* path, int baudrate, UART_MODE mode, UART_TYPE type,
+              struct termios* newtio, UART_TYPE_CALLBACK callback);
+int UART_Close(int fd);
+int UART_Send(int fd, char* data, int hex);
+// The buffer belongs to the layer: valid until the next UART_Receive or UART_Close.
+char* UART_Receive(int fd);
+int IsUTF8(const char* str, size_t len);
+long long getCurrentMiliSecs();
+
+// The termios record that init_MCU hands to UART_Open for a given numeric baud rate.
+struct termios UART_LinkSettings(int baudrate);

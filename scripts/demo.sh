@@ -1,0 +1,38 @@
+#!/bin/bash
+# Starts the simulated board, runs real brdctl and brdcmd commands against it, stops it.
+set -euo pipefail
+BUILD=${1:-build}
+BIN=$(cd "$BUILD" && pwd)
+WORK=$(mktemp -d /tmp/brdctl-demo-XXXXXX)
+PRODUCT=KX07
+
+"$BIN/brdsim" --product "$PRODUCT" --write-config "$WORK" >"$WORK/brdsim.out" &
+SIM=$!
+trap 'kill -INT $SIM 2>/dev/null; wait $SIM 2>/dev/null; rm -rf "$WORK"' EXIT
+for _ in $(seq 100); do [ -s "$WORK/$PRODUCT.conf" ] && break; sleep 0.05; done
+[ -s "$WORK/$PRODUCT.conf" ] || { echo "demo: brdsim did not start" >&2; exit 1; }
+
+export BRDCTL_PRODUCT=$PRODUCT BRDCTL_CONFIG_DIR=$WORK
+run() {
+    echo
+    echo "\$ $*"
+    "$@" || echo "(exit status $?)"
+}
+step() { echo; echo "### $*"; }
+
+echo "brdsim serves a simulated $PRODUCT on $(head -1 "$WORK/brdsim.out"); configuration:"
+sed 's/^/    /' "$WORK/$PRODUCT.conf"
+
+step "brdctl: a GET, the raw answer bytes (MCU version)"
+run "$BIN/brdctl" 02 01 01
+step "brdctl: a SET with data (alarm timer 11:22:33), then read it back"
+run "$BIN/brdctl" 03 13 01 0b 16 21
+run "$BIN/brdctl" 02 13 01
+step "brdctl: a bad argument (lower-case address) prints the usage text, nothing is sent"
+run "$BIN/brdctl" 02 0a 01
+step "brdcmd: a decoded GET (temperature)"
+run "$BIN/brdcmd" ST_SYSTEM_GET_0C_01_TEMPERATURE
+step "brdcmd: a SET with a scripted answer (buzzer on), then the decoded GET"
+echo "1" | run "$BIN/brdcmd" ST_SYSTEM_SET_4B_01_BUZZER_CONTROL
+echo
+run "$BIN/brdcmd" BUZZER_STATUS

@@ -1,0 +1,107 @@
+// The simulated board: a system MCU that answers ST frames on a pseudo-terminal,
+// with a register model, per-product defaults, unsolicited traffic and faults.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+namespace brdsim {
+
+using Bytes = std::vector<uint8_t>;
+
+// What can go wrong with the answer to the next request(s).
+enum class FaultKind {
+    NoAnswer,       // the request is swallowed
+    LateAnswer,     // the answer comes after `delayMs`
+    BadCrc,         // the answer's CRC byte is wrong
+    SplitAnswer,    // the answer goes out in two writes, `delayMs` apart
+    GarbageBefore,  // junk bytes precede the answer frame
+    DeviceFF,       // the answer's device byte is 0xFF
+    HangUp,         // the simulator closes its side of the line
+};
+
+struct Fault {
+    FaultKind kind;
+    int delayMs = 0;
+    int count = 1;  // how many requests it applies to
+};
+
+// One request frame as the simulator received it, after unstuffing, without start
+// and end codes: device, command, address, data..., crc.
+struct Request {
+    Bytes raw;  // the bytes as they came on the line, start and end codes included
+    uint8_t device = 0, command = 0, address = 0;
+    Bytes data;
+    bool crcOk = false;
+};
+
+class Simulator {
+   public:
+    explicit Simulator(std::string product = "KX07");
+    ~Simulator();
+    Simulator(const Simulator&) = delete;
+    Simulator& operator=(const Simulator&) = delete;
+
+    // Opens the pseudo-terminal and starts serving it. False (with errno) on failure.
+    bool start();
+    void stop();
+    const std::string& ptyPath() const { return ptyPath_; }
+    const std::string& product() const { return product_; }
+
+    // The answer data for a GET of device/command-byte address (overrides the register
+    // model and the product's defaults). `command` is the request's command code: 2 GET, 3 SET.
+    void setAnswer(uint8_t device, uint8_t command, uint8_t address, Bytes data);
+    void clearAnswer(uint8_t device, uint8_t command, uint8_t address);
+    // The register model: what a GET of device/address reads.
+    void setRegister(uint8_t device, uint8_t address, Bytes data);
+    Bytes getRegister(uint8_t device, uint8_t address) const;
+
+    void queueFault(Fault f);
+    void clearFaults();
+
+    // Unsolicited traffic.
+    void injectCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, const Bytes& data);
+    // An answer-shaped frame from device 0 with command byte 0x04: payload[0] is the
+    // address byte, the rest the data.
+    void injectEvent(const Bytes& payload);
+    void injectRaw(const Bytes& bytes);      // bytes written to the line as they are
+    // Starts sending `count` CAN frames at `perSecond` (0 stops a running stream).
+    void startCanStream(int perSecond, int count, uint32_t id = 0x123);
+
+    std::vector<Request> requests() const;
+    void clearRequests();
+    size_t requestCount() const;
+    // Waits until at least `n` requests have come in; false when `timeoutMs` passed first.
+    bool waitForRequests(size_t n, int timeoutMs) const;
+    // True once a HangUp fault has closed the line.
+    bool hungUp() const;
+
+   private:
+    struct Impl;
+    std::string product_;
+    std::string ptyPath_;
+    std::unique_ptr<Impl> impl_;
+};
+
+// Builds an ST frame on the wire: F1, stuffed (device command address data crc), F2.
+Bytes encodeStFrame(uint8_t device, uint8_t command, uint8_t address, const Bytes& data);
+// The CAN frame an ST MCU sends unsolicited for one message.
+Bytes encodeStCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, const Bytes& data);
+
+// What the MCU of `product` answers to a GET of device/address when nothing was set:
+// true with the bytes, or false when the product has no such register.
+// `product` may carry the trailing line end of a detected product name.
+bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, Bytes* out);
+
+// Writes DIR/<product>.conf naming `ptyPath` as the MCU device; returns the file path.
+std::string writeConfig(const std::string& dir, const std::string& product,
+                        const std::string& ptyPath, int debugLevel = 0);
+
+}  // namespace brdsim

@@ -1,0 +1,357 @@
+// Start-up and close-down: which product this is, its configuration file, and the
+// links to the controllers the configuration names.
+#include "init.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "function_MAP.h"
+#include "launch.h"
+
+InitStatus initStatus = INIT_OK;
+BrdConfig g_config;
+
+namespace {
+
+std::string trim(const std::string& s) {
+    size_t b = 0, e = s.size();
+    while (b < e && (s[b] == ' ' || s[b] == '\t')) ++b;
+    while (e > b && (s[e - 1] == ' ' || s[e - 1] == '\t' || s[e - 1] == '\r' || s[e - 1] == '\n'))
+        --e;
+    return s.substr(b, e - b);
+}
+
+// Reads a small text file whole; empty when it cannot be read.
+std::string readSmallFile(const char* path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return "";
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return text;
+}
+
+// Trailing blanks, line ends and NUL bytes go; one "\n" is appended.
+std::string normaliseProduct(std::string name) {
+    while (!name.empty()) {
+        char c = name.back();
+        if (c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\0')
+            name.pop_back();
+        else
+            break;
+    }
+    if (name.empty()) return "";
+    return name + "\n";
+}
+
+bool parseNumber(const std::string& text, unsigned long* out) {
+    if (text.empty()) return false;
+    const char* s = text.c_str();
+    char* end = nullptr;
+    errno = 0;
+    int base = (text.size() > 2 && s[0] == '0' && (s[1] == 'x' || s[1] == 'X')) ? 16 : 10;
+    if (text[0] == '-' || text[0] == '+') return false;
+    unsigned long v = strtoul(s, &end, base);
+    if (errno != 0 || *end != '\0') return false;
+    *out = v;
+    return true;
+}
+
+bool parseInt(const std::string& text, int* out) {
+    unsigned long v;
+    if (!parseNumber(text, &v) || v > 0x7FFFFFFFul) return false;
+    *out = static_cast<int>(v);
+    return true;
+}
+
+// The rates the port layer knows; anything else would silently become 115200.
+bool supportedBaud(int baud) {
+    static const int rates[] = {110,   300,   600,   1200,   2400,   4800,   9600,
+                                19200, 38400, 57600, 115200, 230400, 460800, 1000000};
+    for (int r : rates)
+        if (r == baud) return true;
+    return false;
+}
+
+// "path,baud,enabled"
+bool parseDevice(const std::string& value, DeviceConfig* dev, std::string* why) {
+    size_t c1 = value.find(',');
+    size_t c2 = c1 == std::string::npos ? std::string::npos : value.find(',', c1 + 1);
+    if (c2 == std::string::npos || value.find(',', c2 + 1) != std::string::npos) {
+        *why = "expected PATH,BAUDRATE,ENABLED";
+        return false;
+    }
+    dev->path = trim(value.substr(0, c1));
+    std::string baud = trim(value.substr(c1 + 1, c2 - c1 - 1));
+    std::string enabled = trim(value.substr(c2 + 1));
+    if (dev->path.empty()) {
+        *why = "empty device path";
+        return false;
+    }
+    if (!parseInt(baud, &dev->baudrate) || !supportedBaud(dev->baudrate)) {
+        *why = "bad baud rate '" + baud + "'";
+        return false;
+    }
+    if (enabled != "0" && enabled != "1") {
+        *why = "enabled must be 0 or 1, not '" + enabled + "'";
+        return false;
+    }
+    dev->enabled = enabled == "1";
+    return true;
+}
+
+// Strips a comment: '#' at the start of the line or after a blank.
+std::string stripComment(const std::string& line) {
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '#' && (i == 0 || line[i - 1] == ' ' || line[i - 1] == '\t'))
+            return line.substr(0, i);
+    }
+    return line;
+}
+
+enum class Section { None, McuInfo, McuUpdate, CanInfo, CanUpdate };
+
+bool applyKey(Section sec, const std::string& key, const std::string& value, BrdConfig* cfg,
+              std::string* why) {
+    unsigned long number = 0;
+    auto number32 = [&](unsigned long* dst) {
+        if (!parseNumber(value, &number)) {
+            *why = "bad number '" + value + "' for " + key;
+            return false;
+        }
+        *dst = number;
+        return true;
+    };
+    auto numberInt = [&](int* dst) {
+        if (!parseInt(value, dst)) {
+            *why = "bad number '" + value + "' for " + key;
+            return false;
+        }
+        return true;
+    };
+    switch (sec) {
+        case Section::McuInfo:
+            if (key == "MCU_DEVICE") {
+                cfg->hasMcu = true;
+                return parseDevice(value, &cfg->mcu, why);
+            }
+            if (key == "DEBUG_LEVEL") return numberInt(&cfg->debugLevel);
+            break;
+        case Section::McuUpdate:
+            if (key == "FILE_PATH") return (cfg->mcuFilePath = value, true);
+            if (key == "MCU_startAddress") return number32(&cfg->mcuStartAddress);
+            if (key == "ProgramROM_startAddress") return number32(&cfg->programRomStartAddress);
+            if (key == "MCU_versionAddress") return number32(&cfg->mcuVersionAddress);
+            if (key == "WRITE_SIZE") return numberInt(&cfg->writeSize);
+            if (key == "VERIFY_SIZE") return numberInt(&cfg->verifySize);
+            if (key == "FW_MODEL") return (cfg->fwModel = value, true);
+            break;
+        case Section::CanInfo:
+            if (key == "CAN_DEVICE") {
+                DeviceConfig dev;
+                if (!parseDevice(value, &dev, why)) return false;
+                cfg->can.push_back(dev);
+                return true;
+            }
+            break;
+        case Section::CanUpdate:
+            if (key == "FILE_PATH") return (cfg->canFilePath = value, true);
+            break;
+        case Section::None:
+            *why = "'" + key + "' outside any section";
+            return false;
+    }
+    *why = "unknown key '" + key + "'";
+    return false;
+}
+
+void copyProduct(MCU_CONTENT* ctx) {
+    if (ctx) snprintf(ctx->szProductName, sizeof ctx->szProductName, "%s", szProductName);
+}
+
+}  // namespace
+
+bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::string* error) {
+    *cfg = BrdConfig{};
+    Section sec = Section::None;
+    char* raw = nullptr;
+    size_t cap = 0;
+    int lineNo = 0;
+    bool ok = true;
+    while (ok && getline(&raw, &cap, f) >= 0) {
+        ++lineNo;
+        std::string line = trim(stripComment(raw));
+        if (line.empty()) continue;
+        std::string why;
+        if (line.front() == '<') {
+            if (line == "<MCU_INFO>")
+                sec = Section::McuInfo;
+            else if (line == "<MCU_UPDATE_INFO>")
+                sec = Section::McuUpdate;
+            else if (line == "<CAN_INFO>")
+                sec = Section::CanInfo;
+            else if (line == "<CAN_UPDATE_INFO>")
+                sec = Section::CanUpdate;
+            else
+                why = "unknown section '" + line + "'";
+        } else {
+            size_t eq = line.find('=');
+            if (eq == std::string::npos)
+                why = "expected KEY=VALUE";
+            else {
+                std::string key = trim(line.substr(0, eq));
+                std::string value = trim(line.substr(eq + 1));
+                if (key.empty())
+                    why = "expected KEY=VALUE";
+                else
+                    applyKey(sec, key, value, cfg, &why);
+            }
+        }
+        if (!why.empty()) {
+            *error = fileName + ":" + std::to_string(lineNo) + ": " + why;
+            ok = false;
+        }
+    }
+    free(raw);
+    return ok;
+}
+
+std::string detectProductName() {
+    const char* env = getenv("BRDCTL_PRODUCT");
+    if (env != nullptr && *env != '\0') return normaliseProduct(env);
+    std::string name = normaliseProduct(readSmallFile("/sys/class/dmi/id/product_name"));
+    if (!name.empty()) return name;
+    return normaliseProduct(readSmallFile("/sys/firmware/devicetree/base/product"));
+}
+
+std::string findConfigFile(const std::string& product, std::string* searched) {
+    std::string bare = product;
+    if (!bare.empty() && bare.back() == '\n') bare.pop_back();
+    std::vector<std::string> dirs;
+    const char* env = getenv("BRDCTL_CONFIG_DIR");
+    if (env != nullptr && *env != '\0') dirs.push_back(env);
+    dirs.push_back("./configs");
+    dirs.push_back("/etc/brdctl/configs");
+    searched->clear();
+    for (const std::string& dir : dirs) {
+        std::string path = dir + "/" + bare + ".conf";
+        struct stat st;
+        if (stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode)) return path;
+        if (!searched->empty()) *searched += ", ";
+        *searched += dir;
+    }
+    return "";
+}
+
+int LAUNCH_INIT_DEV() {
+    if (g_config.hasMcu && g_config.mcu.enabled) {
+        // Open once without the link to learn why a device cannot be used.
+        int probe = open(g_config.mcu.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+        if (probe < 0) {
+            fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, g_config.mcu.path.c_str(),
+                    strerror(errno));
+            return 0;
+        }
+        close(probe);
+        mcu_content = init_MCU(g_config.mcu.path.c_str(), MCU_TYPE_ST, g_config.mcu.baudrate);
+        if (mcu_content->result != 1) {
+            fprintf(stderr, "%s: cannot open %s: link could not be started (%d)\n", g_progName,
+                    g_config.mcu.path.c_str(), mcu_content->result);
+            return 0;
+        }
+        mcu_content->debugLevel = g_config.debugLevel;
+        copyProduct(mcu_content);
+        nMCUDevice = 1;
+    }
+    nCANDevice = 0;
+    for (const DeviceConfig& dev : g_config.can) {
+        if (!dev.enabled || nCANDevice >= MAX_CAN_DEVICE) continue;
+        int probe = open(dev.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+        if (probe < 0) {
+            fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, dev.path.c_str(),
+                    strerror(errno));
+            return 0;
+        }
+        close(probe);
+        MCU_CONTENT* ctx = init_MCU(dev.path.c_str(), MCU_TYPE_NXP, dev.baudrate);
+        can_content[nCANDevice++] = ctx;
+        if (ctx->result != 1) {
+            fprintf(stderr, "%s: cannot open %s: link could not be started (%d)\n", g_progName,
+                    dev.path.c_str(), ctx->result);
+            return 0;
+        }
+        ctx->nxpMode = NXP_MODE_AP;
+        ctx->debugLevel = g_config.debugLevel;
+        copyProduct(ctx);
+    }
+    currentCANDevice = 0;
+    return 1;
+}
+
+FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
+    initStatus = INIT_OK;
+    std::string product = detectProductName();
+    snprintf(szProductName, sizeof szProductName, "%s", product.c_str());
+    std::string searched;
+    std::string path = product.empty() ? "" : findConfigFile(product, &searched);
+    if (path.empty()) {
+        syslog(LOG_ERR,
+               "Can't find any menu configuration file, please check menu configuration file "
+               "exist or not");
+        syslog(LOG_INFO, "MCU AP close ...");
+        if (product.empty())
+            fprintf(stderr,
+                    "%s: cannot tell the product: set BRDCTL_PRODUCT (no DMI or device-tree "
+                    "product name)\n",
+                    g_progName);
+        else
+            fprintf(stderr, "%s: no configuration file %.*s.conf for product %.*s in %s\n",
+                    g_progName, static_cast<int>(product.size() - 1), product.c_str(),
+                    static_cast<int>(product.size() - 1), product.c_str(), searched.c_str());
+        initStatus = INIT_NO_CONFIG;
+        return nullptr;
+    }
+    FILE* f = fopen(path.c_str(), "r");
+    if (f == nullptr) {
+        fprintf(stderr, "%s: cannot read %s: %s\n", g_progName, path.c_str(), strerror(errno));
+        initStatus = INIT_BAD_CONFIG;
+        return nullptr;
+    }
+    std::string error;
+    if (!parseConfigFile(f, path, &g_config, &error)) {
+        fprintf(stderr, "%s: %s\n", g_progName, error.c_str());
+        fclose(f);
+        initStatus = INIT_BAD_CONFIG;
+        return nullptr;
+    }
+    // The callback must be in place before a receive thread can see unsolicited data.
+    if (eventCallback != nullptr) Register_MCU_EventCallBack(0, 0, eventCallback);
+    if (!LAUNCH_INIT_DEV()) {
+        LAUNCH_EXIT("CONFIG_MAIN_EXIT", f, 1);
+        initStatus = INIT_DEVICE_ERROR;
+        return nullptr;
+    }
+    INIT_CMD_POOL();
+    return f;
+}
+
+int LAUNCH_EXIT(const char* mode, FILE* fConfig, int flag) {
+    if (mcu_content != nullptr) {
+        exit_LIB(mcu_content);
+        mcu_content = nullptr;
+    }
+    nMCUDevice = 0;
+    for (int i = 0; i < nCANDevice; ++i) {
+        exit_LIB(can_content[i]);
+        can_content[i] = nullptr;
+    }
+    nCANDevice = 0;
+    if (fConfig != nullptr) fclose(fConfig);
+    return 1;
+}
