@@ -71,7 +71,7 @@ class Simulator {
     // An answer-shaped frame from device 0 with command byte 0x04: payload[0] is the
     // address byte, the rest the data.
     void injectEvent(const Bytes& payload);
-    void injectRaw(const Bytes& bytes);      // bytes written to the line as they are
+    void injectRaw(const Bytes& bytes);  // bytes written to the line as they are
     // Starts sending `count` CAN frames at `perSecond` (0 stops a running stream).
     void startCanStream(int perSecond, int count, uint32_t id = 0x123);
 
@@ -92,7 +92,8 @@ class Simulator {
 
 // Builds an ST frame on the wire: F1, stuffed (device command address data crc), F2.
 Bytes encodeStFrame(uint8_t device, uint8_t command, uint8_t address, const Bytes& data);
-// The CAN frame an ST MCU sends unsolicited for one message.
+// The CAN frame an ST MCU sends unsolicited for one message: F1, device, 0x04, address
+// byte 0, identifier (4 bytes, least significant first), ide, rtr, dlc, data, crc, F2.
 Bytes encodeStCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, const Bytes& data);
 
 // What the MCU of `product` answers to a GET of device/address when nothing was set:
