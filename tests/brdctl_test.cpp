@@ -112,7 +112,7 @@ TEST_F(BrdctlTest, BadArgumentsPrintUsageAndSendNothing) {
     for (const auto& args : cases) {
         ProgramResult r = brdctl(args);
         EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(r.out, startupText(sim) + "\n" + kUsage) << args.size();
+        EXPECT_EQ(r.out, startupText(sim) + kUsage) << args.size();
     }
     EXPECT_EQ(sim.requestCount(), 0u);
 }
@@ -129,7 +129,7 @@ TEST_F(BrdctlTest, TwentyTriesThenFailure) {
     sim.queueFault({brdsim::FaultKind::NoAnswer, 0, 20});
     ProgramResult r = brdctl({"02", "01", "01"});
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, startupText(sim) + "\nGet MCU version failure.\n");
+    EXPECT_EQ(r.out, startupText(sim) + "Get MCU version failure.\n");
     EXPECT_EQ(sim.requestCount(), 20u);
 }
 
