@@ -184,8 +184,7 @@ unsigned int unstuffFrame(BYTE escape, const BYTE* src, unsigned int srcLen, BYT
 
 // Command pool and exchange.
 void pushCommandToPool(MCU_CONTENT* mcu_content, int index, int device, int command, int address);
-void pushCommandToPoolCustomise(MCU_CONTENT* mcu_content, int index, BYTE* cmdData,
-                                int cmdDataLen);
+void pushCommandToPoolCustomise(MCU_CONTENT* mcu_content, int index, BYTE* cmdData, int cmdDataLen);
 cmd* getCommandByIndex(MCU_CONTENT* mcu_content, int index);
 int sendCMD(MCU_CONTENT* mcu_content, int index, BYTE* data, int dataLen, BYTE* dataOut,
             int* dataOutLen);

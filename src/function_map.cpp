@@ -2,10 +2,10 @@
 // request template ended by -1), and the group word that listings sort rows under.
 #include "function_MAP.h"
 
-#include "system/system_handlers.h"
-
 #include <cstring>
 #include <iterator>
+
+#include "system/system_handlers.h"
 
 namespace {
 

@@ -36,6 +36,7 @@ const GetCase GET_CASES[] = {
     {"unlisted with its own line", FUNC_ST_SYSTEM_GET_FAN_MODE, {5}, "KX07\n",
      framed("fd(7) Not found any FAN mode !!!\n")},
     {"BIOS 0 reserved", FUNC_ST_SYSTEM_GET_BIOS_NUM, {0}, "KX07\n", framed("fd(7) Reserved.\n")},
+    {"BIOS above 2 reserved", FUNC_ST_SYSTEM_GET_BIOS_NUM, {3}, "KX07\n", framed("fd(7) Reserved.\n")},
     {"one-hot slot, two bits", FUNC_ST_SYSTEM_GET_SLOT_MODE, {3}, "KX07\n", framed("")},
     {"bit 0 only", FUNC_ST_SYSTEM_GET_LED_OUTPUT_STATUS, {0xFE}, "KX07\n",
      framed("fd(7) WLAN LED output bypass.\n")},
@@ -93,6 +94,8 @@ const GetCase GET_CASES[] = {
      framed("fd(7) CAN Power Status : 0x05\n")},
     {"CAN power two modules", FUNC_ST_SYSTEM_GET_CAN_MODULE_POWER_STATUS, {2}, "KX22\n",
      framed("fd(7) IOB CAN Module Power Off.\nfd(7) MB CAN Module Power On.\n")},
+    {"CAN power listed product", FUNC_ST_SYSTEM_GET_CAN_MODULE_POWER_STATUS, {1}, "KX65\n",
+     framed("fd(7) CAN Module Power On.\n")},
     {"CAN power other product", FUNC_ST_SYSTEM_GET_CAN_MODULE_POWER_STATUS, {0xAB}, "KX07\n",
      framed("fd(7) CAN Power Status : 0xAB\n")},
     {"reset time low bits", FUNC_ST_SYSTEM_GET_WWAN_CN7_RESET_TIME, {0xF6}, "KX07\n",
@@ -148,6 +151,47 @@ TEST(SetRender, PromptsAsWritten) {
               "\n========    Select SIM card Control of WWAN1    ========\n"
               "0. SIM Insert Off.(Default)\n1. SIM Insert On.\n" +
                   std::string(54, '=') + "\nSelect which option you want to do:");
+}
+
+struct StepCase {
+    const char* what;
+    FUNC_HANDLER handler;
+    const char* product;
+    int step;
+    std::string expected;
+    int min, max;
+};
+
+// clang-format off
+const StepCase STEP_CASES[] = {
+    {"prompt without a rule", FUNC_ST_SYSTEM_SET_AUTO_BACKLIGHT_CONTROL, "KX30\n", 0,
+     "========\tAuto BackLight Control \t\t========\n0. Disable\n1. Enable\n"
+     "Select which option you want to do:", 0, 1},
+    {"rule without a prompt", FUNC_ST_SYSTEM_SET_PULSE_COUNT_RESET, "KX56\n", 0,
+     "========         Pulse Count Reset         ========\n0. Not Reset Pulse Count\n"
+     "1. Reset Pulse Count\n" + RULE, 0, 1},
+    {"second menu without a title", FUNC_ST_SYSTEM_SET_CAN_MODULE_POWER_CONTROL, "KX22\n", 1,
+     "0. MB CAN Module Power Off.\n1. MB CAN Module Power On. (Default)\n" + RULE +
+     "Select which option you want to do:", 0, 1},
+    {"eight time codes", FUNC_ST_SYSTEM_SET_WWAN_CN14_RESET_TIME, "KX07\n", 0,
+     "========\t\tWWAN CN14 RESET \t\t========\n0. 1 sec\n1. 1.5 sec\n2. 2 sec\n3. 2.5 sec\n"
+     "4. 3 sec\n5. 3.5 sec\n6. 4.5 sec\n7. 5.5 sec\n" + RULE + "Select which option you want to do:", 0, 7},
+    {"number prompt", FUNC_ST_SYSTEM_SET_LCD_PWM_FREQUENCY, "KX07\n", 0,
+     "Input LCD PWM Frequency, EX: 200 (200~2000) : ", 200, 2000},
+    {"interval prompt", FUNC_ST_SYSTEM_SET_HEARTBEAT_CONTROL, "KX07\n", 1,
+     "Set Heartbeat Interval (5~255 seconds): ", 5, 255},
+};
+// clang-format on
+
+TEST(SetRender, StepsShowExactlyAndBoundTheAnswer) {
+    for (const StepCase& c : STEP_CASES) {
+        const Variant* variant = pickVariant(*setRowOf(c.handler), c.product);
+        ASSERT_NE(variant, nullptr) << c.what;
+        const Step& step = variant->steps[c.step];
+        EXPECT_EQ(renderStep(step), c.expected) << c.what;
+        EXPECT_EQ(step.min, c.min) << c.what;
+        EXPECT_EQ(step.max, c.max) << c.what;
+    }
 }
 
 TEST(SetRender, NotSupportedKeepsTheProductLineEnd) {

@@ -1,10 +1,9 @@
 // A pseudo-terminal pair for tests: the slave side is what a link opens.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
-
-#include <cstdint>
 
 struct PtyPair {
     int master = -1;
