@@ -64,6 +64,9 @@ bool sendPause(MCU_CONTENT* m, std::chrono::microseconds d) {
     return m->sendCond.wait_for(lk, d, [m] { return m->cancel_send_thread != 0; });
 }
 
+// How long a waiter looks for its answer before it sleeps on the condition variable.
+constexpr std::chrono::microseconds ANSWER_SPIN{100};
+
 long long elapsedMicros(Clock::time_point since) {
     return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - since).count();
 }
@@ -315,6 +318,11 @@ int WaitForRecevData(MCU_CONTENT* mcu_content, unsigned long timeout) {
     trace(m, 9, "[WaitForRecevData] timerCount = %ld timeout = %ld\n", 0L,
           static_cast<long>(timeout));
     Clock::time_point start = Clock::now();
+    // An answer usually comes within tens of microseconds: look for it briefly before
+    // going to sleep, which saves a thread wake-up on the common path.
+    for (Clock::time_point spinEnd = start + ANSWER_SPIN;
+         m->lock != 0 && Clock::now() < spinEnd;) {
+    }
     std::unique_lock<std::mutex> lk(m->responseMutex);
     m->responseCond.wait_until(lk, start + std::chrono::milliseconds(timeout),
                                [m] { return m->lock == 0 || m->cancel_receive_thread != 0; });
