@@ -1,13 +1,14 @@
-// brdcmd: name resolution, arguments and the menu in-process; the program itself run
-// as a child against the simulated board (listing, running by name, menu, exit statuses).
+// brdcmd: name resolution in-process; the program itself run as a child against the
+// simulated board (arguments, listing, running by name, menu, exit statuses).
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "brdcmd_cli.h"
@@ -18,26 +19,20 @@ namespace {
 
 using brdcmd::Match;
 
-int noHandler(int, char*) {
-    return 1;
-}
-
 // A small table with the shapes resolution has to tell apart.
 const FUNCTION_MAP_ENTRY kRows[] = {
-    {"ST_SYSTEM_GET_01_01_MCU_VERSION", noHandler, {0, 2, 1, -1}},
-    {"ST_SYSTEM_GET_01_01_MCU_VERSION_EXT", noHandler, {0, 2, 1, -1}},
-    {"ST_SYSTEM_GET_0A_01_IGNITION_STATUS", noHandler, {0, 2, 10, -1}},
-    {"ST_SYSTEM_SET_0A_01_IGNITION", noHandler, {0, 3, 10, -1}},
-    {"ST_SYSTEM_GET_0B_01_TWICE", noHandler, {0, 2, 11, -1}},
-    {"ST_SYSTEM_GET_0B_01_TWICE", noHandler, {0, 2, 12, -1}},
-    {"ST_BKP_GET_00_00_RESERVED", noHandler, {-1}},
-    {"FM_SET_FREQ", noHandler, {241, 3, 0, 242, -1}},
-    {"DSU_FM_SET_FREQ_MODE", noHandler, {12, 3, 5, -1}},
-    {"TPMS_ATB01_DISPLAY_MODE", noHandler, {65, 84, 66, 48, 49, -1}},
-    {"ST_IAP_START", noHandler, {3, 0, 0, -1}},
-    {"ST_RAW_STATUS", noHandler, {9, 2, 1, -1}},
+    {"ST_SYSTEM_GET_01_01_MCU_VERSION", nullptr, {0, 2, 1, -1}},
+    {"ST_SYSTEM_GET_01_01_MCU_VERSION_EXT", nullptr, {0, 2, 1, -1}},
+    {"ST_SYSTEM_GET_0A_01_IGNITION_STATUS", nullptr, {0, 2, 10, -1}},
+    {"ST_SYSTEM_SET_0A_01_IGNITION", nullptr, {0, 3, 10, -1}},
+    {"ST_SYSTEM_GET_0B_01_TWICE", nullptr, {0, 2, 11, -1}},
+    {"ST_SYSTEM_GET_0B_01_TWICE", nullptr, {0, 2, 12, -1}},
+    {"ST_BKP_GET_00_00_RESERVED", nullptr, {-1}},
+    {"FM_SET_FREQ", nullptr, {241, 3, 0, 242, -1}},
+    {"DSU_FM_SET_FREQ_MODE", nullptr, {12, 3, 5, -1}},
+    {"TPMS_ATB01_DISPLAY_MODE", nullptr, {65, 84, 66, 48, 49, -1}},
+    {"ST_RAW_STATUS", nullptr, {9, 2, 1, -1}},
 };
-const brdcmd::Table kTable(kRows);
 
 TEST(BrdcmdResolve, PicksExactThenPrefixThenSubstring) {
     struct Case {
@@ -47,7 +42,6 @@ TEST(BrdcmdResolve, PicksExactThenPrefixThenSubstring) {
     };
     const Case cases[] = {
         {"ST_SYSTEM_GET_01_01_MCU_VERSION", Match::Exact, {&kRows[0]}},
-        {"st_system_get_01_01_mcu_version", Match::Exact, {&kRows[0]}},
         {"ST_SYSTEM_GET_0A", Match::Prefix, {&kRows[2]}},
         {"FM_SET", Match::Prefix, {&kRows[7]}},  // also inside DSU_FM_SET_...
         {"ignition_status", Match::Substring, {&kRows[2]}},
@@ -58,121 +52,13 @@ TEST(BrdcmdResolve, PicksExactThenPrefixThenSubstring) {
         {"NO_SUCH_COMMAND", Match::Unknown, {}},
     };
     for (const Case& c : cases) {
-        brdcmd::Resolution r = brdcmd::resolveName(c.typed, kTable);
+        brdcmd::Resolution r = brdcmd::resolveName(c.typed, brdcmd::Table(kRows));
         EXPECT_EQ(r.match, c.match) << c.typed;
         EXPECT_EQ(r.rows, c.rows) << c.typed;
     }
-}
-
-TEST(BrdcmdResolve, KindComesFromNameThenTemplate) {
-    const std::pair<const FUNCTION_MAP_ENTRY*, std::string> cases[] = {
-        {&kRows[2], "GET"}, {&kRows[3], "SET"}, {&kRows[7], "SET"},
-        {&kRows[9], "-"},   {&kRows[10], "-"},  {&kRows[11], "GET"},
-    };
-    for (const auto& [row, kind] : cases) EXPECT_EQ(brdcmd::commandKind(*row), kind) << row->name;
-}
-
-TEST(BrdcmdArgs, ParsesEveryForm) {
-    using O = brdcmd::Options;
-    struct Case {
-        std::vector<std::string> args;
-        O::Action action;
-        std::string name, filter;
-    };
-    const Case cases[] = {
-        {{}, O::Menu, "", ""},
-        {{"--help"}, O::Help, "", ""},
-        {{"-h"}, O::Help, "", ""},
-        {{"--version"}, O::Version, "", ""},
-        {{"--list"}, O::List, "", ""},
-        {{"--list", "volt"}, O::List, "", "volt"},
-        {{"IGNITION"}, O::Run, "IGNITION", ""},
-        {{"--list", "a", "b"}, O::UsageError, "", ""},
-        {{"--help", "x"}, O::UsageError, "", ""},
-        {{"--bogus"}, O::UsageError, "", ""},
-        {{"IGNITION", "extra"}, O::UsageError, "IGNITION", ""},
-        {{""}, O::UsageError, "", ""},
-    };
-    for (const Case& c : cases) {
-        O o = brdcmd::parseArgs(c.args);
-        std::string shown = c.args.empty() ? "(none)" : c.args[0];
-        EXPECT_EQ(o.action, c.action) << shown;
-        EXPECT_EQ(o.name, c.name) << shown;
-        EXPECT_EQ(o.filter, c.filter) << shown;
-        EXPECT_EQ(o.error.empty(), c.action != O::UsageError) << shown;
-    }
-}
-
-// Drives the menu over the real table with scripted input and a recording runner.
-struct MenuRun {
-    int status = -1;
-    std::string out, err;
-    std::vector<std::string> ran;
-};
-
-MenuRun driveMenu(const std::string& input, int handlerResult = 1) {
-    MenuRun m;
-    std::string in = input;
-    FILE* inF = in.empty() ? fopen("/dev/null", "r") : fmemopen(in.data(), in.size(), "r");
-    char *outBuf = nullptr, *errBuf = nullptr;
-    size_t outLen = 0, errLen = 0;
-    FILE* outF = open_memstream(&outBuf, &outLen);
-    FILE* errF = open_memstream(&errBuf, &errLen);
-    m.status = brdcmd::runMenu(inF, outF, errF, brdcmd::commandTable(),
-                               [&](const FUNCTION_MAP_ENTRY& row) {
-                                   m.ran.push_back(row.name);
-                                   return handlerResult;
-                               });
-    fclose(inF);
-    fclose(outF);
-    fclose(errF);
-    m.out.assign(outBuf, outLen);
-    m.err.assign(errBuf, errLen);
-    free(outBuf);
-    free(errBuf);
-    return m;
-}
-
-TEST(BrdcmdMenu, NavigatesGroupsAndCommands) {
-    const brdcmd::Table table = brdcmd::commandTable();
-    const auto groups = brdcmd::menuGroups(table);
-    ASSERT_GE(groups.size(), 2u);
-    const auto first = brdcmd::groupRows(groups[0], table);
-    const auto second = brdcmd::groupRows(groups[1], table);
-    ASSERT_GE(first.size(), 2u);
-
-    // group 1 -> command 2 -> command 1 -> back -> group 2 -> command 1 -> quit
-    MenuRun m = driveMenu("1\n2\n1\n0\n2\n1\nq\n");
-    EXPECT_EQ(m.status, 0);
-    EXPECT_EQ(m.ran, (std::vector<std::string>{first[1]->name, first[0]->name, second[0]->name}));
-    EXPECT_EQ(m.err, "");
-    EXPECT_NE(m.out.find("  1. " + groups[0] + "\n"), std::string::npos);
-}
-
-TEST(BrdcmdMenu, LeavesAndReports) {
-    struct Case {
-        const char* input;
-        int handlerResult;
-        int status;
-        size_t runs;
-        bool complaint;
-    };
-    const Case cases[] = {
-        {"", 1, 0, 0, false},               // end of input at the groups
-        {"1\n", 1, 0, 0, false},            // end of input at the commands
-        {"1\n1\n", 1, 0, 1, false},         // end of input after a command
-        {"1\n1\n", 0, 1, 1, false},         // the command failed
-        {"1\n1\n1\nq\n", -4, 1, 2, false},  // one failure is enough
-        {"1\nb\nQ\n", 1, 0, 0, false},
-        {"x\n9999\n 1 \n1\nq\n", 1, 0, 1, true},  // bad choices re-ask
-        {"1\n-1\n1x\nq\n", 1, 0, 0, true},
-    };
-    for (const Case& c : cases) {
-        MenuRun m = driveMenu(c.input, c.handlerResult);
-        EXPECT_EQ(m.status, c.status) << c.input;
-        EXPECT_EQ(m.ran.size(), c.runs) << c.input;
-        EXPECT_EQ(m.err.find("invalid choice") != std::string::npos, c.complaint) << c.input;
-    }
+    // The kind shown in listings: from the name, else from the template's command byte.
+    const std::pair<int, std::string> kinds[] = {{3, "SET"}, {7, "SET"}, {9, "-"}, {10, "GET"}};
+    for (const auto& [i, kind] : kinds) EXPECT_EQ(brdcmd::commandKind(kRows[i]), kind) << i;
 }
 
 // ---- the program, run from the outside ----
@@ -186,187 +72,129 @@ class BrdcmdProgram : public ::testing::Test {
     }
     void TearDown() override { std::filesystem::remove_all(dir_); }
 
-    // Starts the simulated board and writes the configuration naming it.
-    void startBoard() {
-        ASSERT_TRUE(sim_.start());
-        brdsim::writeConfig(dir_, "KX07", sim_.ptyPath());
-    }
-
     ProgramResult run(const std::vector<std::string>& args, const std::string& input = "",
                       const std::string& product = "KX07") {
         return runProgram(BRDCMD_BIN, args, input,
                           {{"BRDCTL_CONFIG_DIR", dir_}, {"BRDCTL_PRODUCT", product}}, 20000);
     }
 
-    // The row a typed name resolves to in the real table.
-    static const FUNCTION_MAP_ENTRY* rowOf(const std::string& typed) {
-        brdcmd::Resolution r = brdcmd::resolveName(typed, brdcmd::commandTable());
-        return r.rows.size() == 1 ? r.rows[0] : nullptr;
-    }
-
-    // Whether the simulator saw the request of `row` (device, command, address).
-    bool sawRequestOf(const FUNCTION_MAP_ENTRY& row) const {
-        for (const brdsim::Request& q : sim_.requests())
-            if (q.device == row.cmd[0] && q.command == row.cmd[1] && q.address == row.cmd[2])
-                return true;
-        return false;
-    }
-
     std::string dir_;
     brdsim::Simulator sim_{"KX07"};
 };
 
-// None of these reaches the start-up: there is no configuration for the product.
-TEST_F(BrdcmdProgram, AnswersWithoutConfiguration) {
+// Nothing here reaches the board: arguments, listing by text, unknown and ambiguous
+// names, and a configuration that is missing, names a device that cannot be opened or is
+// malformed (status 3 with one error line naming the culprit).
+TEST_F(BrdcmdProgram, AnswersWithoutTheBoard) {
     struct Case {
         std::vector<std::string> args;
         int status;
-        std::string out, err;  // whole texts; "*" means "not empty"
+        std::string out, err;   // whole texts; for status 3 a part of the one error line
+        std::string conf = "";  // KX07's configuration: a device to name ("/..."), or its text
     };
-    const std::string usage = brdcmd::usageText();
+    const std::string usage = brdcmd::usageText(), tryHelp = "Try 'brdcmd --help'.\n";
+    // clang-format off
     const Case cases[] = {
         {{"--help"}, 0, usage, ""},
+        {{"-h"}, 0, usage, ""},
         {{"--version"}, 0, std::string("brdcmd ") + BRD_VERSION + "\nlink library 3.3.1\n", ""},
         {{"NO_SUCH_COMMAND"}, 2, "", "brdcmd: unknown command 'NO_SUCH_COMMAND'\n"},
-        {{"AUTO_REBOOT_FUNCTION"},
-         2,
-         "",
-         "brdcmd: ambiguous name 'AUTO_REBOOT_FUNCTION': 2 candidates\n"
-         "ST_BIOS_GET_16_01_AUTO_REBOOT_FUNCTION\n"
-         "ST_BIOS_SET_16_01_AUTO_REBOOT_FUNCTION\n"},
-        {{"CONFIG_MAIN_EXIT"}, 2, "", "brdcmd: unknown command 'CONFIG_MAIN_EXIT'\n"},
-        {{"--bogus"}, 2, "", "brdcmd: unknown option '--bogus'\nTry 'brdcmd --help'.\n"},
-        {{"A", "B"}, 2, "", "brdcmd: unexpected argument 'B'\nTry 'brdcmd --help'.\n"},
+        {{"AUTO_REBOOT_FUNCTION"}, 2, "", "brdcmd: ambiguous name 'AUTO_REBOOT_FUNCTION': 2 candidates\n"
+         "ST_BIOS_GET_16_01_AUTO_REBOOT_FUNCTION\nST_BIOS_SET_16_01_AUTO_REBOOT_FUNCTION\n"},
+        {{"--bogus"}, 2, "", "brdcmd: unknown option '--bogus'\n" + tryHelp},
+        {{"A", "B"}, 2, "", "brdcmd: unexpected argument 'B'\n" + tryHelp},
+        {{""}, 2, "", "brdcmd: empty command name\n" + tryHelp},
+        {{"--list", "a", "b"}, 2, "", "brdcmd: --list takes at most one text\n" + tryHelp},
         {{"--list", "NO_SUCH_TEXT"}, 2, "", "brdcmd: no command contains 'NO_SUCH_TEXT'\n"},
+        {{"--list", "auto_reboot"}, 0, "ST_BIOS_GET_16_01_AUTO_REBOOT_FUNCTION  BIOS  GET\n"
+         "ST_BIOS_SET_16_01_AUTO_REBOOT_FUNCTION  BIOS  SET\n", ""},
+        {{"ST_SYSTEM_GET_0A_01"}, 3, "", "NO_SUCH_PRODUCT"},
+        {{}, 3, "", "NO_SUCH_PRODUCT"},
+        {{"ST_SYSTEM_GET_0A_01"}, 3, "", "/nonexistent/ttyX9", "/nonexistent/ttyX9"},
+        {{"ST_SYSTEM_GET_0A_01"}, 3, "", "KX07.conf:2", "<MCU_INFO>\nNO_SUCH_KEY=1\n"},
     };
+    // clang-format on
     for (const Case& c : cases) {
-        ProgramResult r = run(c.args, "", "NO_SUCH_PRODUCT");
-        EXPECT_EQ(r.status, c.status) << c.args[0];
-        EXPECT_EQ(r.out, c.out) << c.args[0];
-        EXPECT_EQ(r.err, c.err) << c.args[0];
+        const std::string what = c.args.empty() ? "(menu) " + c.conf : c.args[0] + " " + c.conf;
+        if (c.conf[0] == '/') brdsim::writeConfig(dir_, "KX07", c.conf);
+        if (c.conf[0] == '<') std::ofstream(dir_ + "/KX07.conf") << c.conf;
+        ProgramResult r = run(c.args, "1\n1\nq\n", c.conf.empty() ? "NO_SUCH_PRODUCT" : "KX07");
+        EXPECT_EQ(r.status, c.status) << what;
+        EXPECT_EQ(r.out, c.out) << what;
+        if (c.status != 3) {
+            EXPECT_EQ(r.err, c.err) << what;
+        } else {
+            EXPECT_NE(r.err.find(c.err), std::string::npos) << what << ": " << r.err;
+            EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << what << ": " << r.err;
+        }
     }
 }
 
+// Every line: a runnable row's name, then its group in one column.
 TEST_F(BrdcmdProgram, ListsRunnableRowsInColumns) {
     ProgramResult all = run({"--list"}, "", "NO_SUCH_PRODUCT");
     ASSERT_EQ(all.status, 0) << all.err;
     std::istringstream lines(all.out);
-    std::string line;
-    size_t count = 0, groupColumn = std::string::npos;
+    std::string line, name, group;
+    size_t count = 0, groupColumn = 0;
     while (std::getline(lines, line)) {
-        ++count;
-        std::istringstream words(line);
-        std::string name, group, kind, extra;
-        words >> name >> group >> kind;
-        EXPECT_FALSE(words >> extra) << line;
-        EXPECT_TRUE(kind == "GET" || kind == "SET" || kind == "-") << line;
-        EXPECT_EQ(group, functionGroup(name.c_str())) << line;
+        std::istringstream(line) >> name >> group;
         const FUNCTION_MAP_ENTRY* row = findFunctionEntry(name.c_str());
         ASSERT_NE(row, nullptr) << line;
         EXPECT_TRUE(brdcmd::isRunnable(*row)) << line;
-        size_t at = line.find(group, name.size());
-        if (groupColumn == std::string::npos) groupColumn = at;
-        EXPECT_EQ(at, groupColumn) << line;
+        if (count++ == 0) groupColumn = line.find(group, name.size());
+        EXPECT_EQ(line.find(group, name.size()), groupColumn) << line;
     }
     EXPECT_GT(count, 400u);
-    EXPECT_EQ(all.out.find("ST_BKP_GET_00_00_RESERVED"), std::string::npos);
-    EXPECT_EQ(all.out.find("CONFIG_MAIN_"), std::string::npos);
-
-    ProgramResult some = run({"--list", "auto_reboot"}, "", "NO_SUCH_PRODUCT");
-    EXPECT_EQ(some.status, 0);
-    EXPECT_EQ(some.out,
-              "ST_BIOS_GET_16_01_AUTO_REBOOT_FUNCTION  BIOS  GET\n"
-              "ST_BIOS_SET_16_01_AUTO_REBOOT_FUNCTION  BIOS  SET\n");
 }
 
-TEST_F(BrdcmdProgram, UniquePrefixRunsTheFullNamedRow) {
-    startBoard();
-    const FUNCTION_MAP_ENTRY* row = rowOf("ST_SYSTEM_GET_0A_01");
-    ASSERT_NE(row, nullptr);
-    ProgramResult r = run({"st_system_get_0a_01"});
-    EXPECT_EQ(r.status, 0) << r.out << r.err;
-    EXPECT_NE(r.out.find(std::string(row->name) + " command executed successfully."),
-              std::string::npos)
-        << r.out;
-    EXPECT_TRUE(sawRequestOf(*row));
-}
-
-TEST_F(BrdcmdProgram, FailedExchangeExitsOne) {
-    startBoard();
-    sim_.queueFault({brdsim::FaultKind::NoAnswer, 0, 1000});
-    const FUNCTION_MAP_ENTRY* row = rowOf("ST_SYSTEM_GET_0A_01");
-    ASSERT_NE(row, nullptr);
-    ProgramResult r = run({row->name});
-    EXPECT_EQ(r.status, 1) << r.out << r.err;
-    EXPECT_NE(r.out.find(std::string(row->name) + " : Request Timeout !!!"), std::string::npos);
-}
-
-TEST_F(BrdcmdProgram, MenuRunsWhatIsChosen) {
-    startBoard();
-    const FUNCTION_MAP_ENTRY* row = rowOf("ST_SYSTEM_GET_0A_01");
-    ASSERT_NE(row, nullptr);
+// By name (a unique prefix runs the full-named row) and through the menu.
+TEST_F(BrdcmdProgram, RunsAgainstTheBoard) {
+    ASSERT_TRUE(sim_.start());
+    brdsim::writeConfig(dir_, "KX07", sim_.ptyPath());
     const brdcmd::Table table = brdcmd::commandTable();
-    const auto groups = brdcmd::menuGroups(table);
-    const std::string group = functionGroup(row->name);
-    size_t g = std::find(groups.begin(), groups.end(), group) - groups.begin() + 1;
-    const auto rows = brdcmd::groupRows(group, table);
-    size_t c = std::find(rows.begin(), rows.end(), row) - rows.begin() + 1;
-    ASSERT_LE(c, rows.size());
+    const FUNCTION_MAP_ENTRY& row = *brdcmd::resolveName("ST_SYSTEM_GET_0A_01", table).rows.at(0);
+    const auto position = [](const auto& list, const auto& item) {
+        return std::to_string(std::find(list.begin(), list.end(), item) - list.begin() + 1);
+    };
+    const std::string group = functionGroup(row.name);
+    const std::string g = position(brdcmd::menuGroups(table), group) + "\n",
+                      c = position(brdcmd::groupRows(group, table), &row) + "\n";
+    const std::string ok = std::string(row.name) + " command executed successfully.",
+                      timeout = std::string(row.name) + " : Request Timeout !!!";
 
-    // group -> command -> back -> quit
-    std::string script = std::to_string(g) + "\n" + std::to_string(c) + "\nb\nq\n";
-    ProgramResult r = run({}, script);
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_TRUE(sawRequestOf(*row));
-    EXPECT_NE(r.out.find(std::string(row->name) + " command executed successfully."),
-              std::string::npos);
-    EXPECT_EQ(sim_.requestCount(), 1u);
-
-    // Input ends at the command list: nothing more is sent.
-    sim_.clearRequests();
-    r = run({}, std::to_string(g) + "\n");
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(sim_.requestCount(), 0u);
-}
-
-TEST_F(BrdcmdProgram, ConfigurationOrDeviceErrorExitsThree) {
     struct Case {
-        const char* what;
         std::vector<std::string> args;
-        std::string product;  // a product without a configuration file...
-        std::string device;   // ...or KX07 with a configuration naming this device
-        std::string inErr;    // the error line names this
+        std::string script;
+        int status;
+        size_t requests;
+        std::string shown;  // on stdout
+        bool complaint;     // "invalid choice" on stderr
     };
+    // clang-format off
     const Case cases[] = {
-        {"no configuration, by name",
-         {"ST_SYSTEM_GET_0A_01"},
-         "NO_SUCH_PRODUCT",
-         "",
-         "NO_SUCH_PRODUCT"},
-        {"no configuration, menu", {}, "NO_SUCH_PRODUCT", "", "NO_SUCH_PRODUCT"},
-        {"device cannot be opened",
-         {"ST_SYSTEM_GET_0A_01"},
-         "KX07",
-         "/nonexistent/ttyX9",
-         "/nonexistent/ttyX9"},
+        {{"st_system_get_0a_01"}, "", 0, 1, ok, false},
+        {{}, g + c + "b\nq\n", 0, 1, ok, false},                  // group -> command -> back -> q
+        {{}, g, 0, 0, "", false},                                  // input ends at the commands
+        {{}, "x\n" + g + "9999\n" + c + "0\nQ\n", 0, 1, ok, true},  // bad choices re-ask
+        {{row.name}, "", 1, 1, timeout, false},                    // the board answers nothing
+        {{}, g + c, 1, 1, timeout, false},                         // a command failed
     };
-    for (const Case& c : cases) {
-        if (!c.device.empty()) brdsim::writeConfig(dir_, c.product, c.device);
-        ProgramResult r = run(c.args, "1\n1\nq\n", c.product);
-        EXPECT_EQ(r.status, 3) << c.what << r.err;
-        EXPECT_NE(r.err.find(c.inErr), std::string::npos) << c.what << ": " << r.err;
-        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << c.what << ": " << r.err;
+    // clang-format on
+    for (const Case& k : cases) {
+        const std::string what = (k.args.empty() ? "menu " : k.args[0] + " ") + k.script;
+        sim_.clearRequests();
+        if (k.shown == timeout) sim_.queueFault({brdsim::FaultKind::NoAnswer});
+        ProgramResult r = run(k.args, k.script);
+        EXPECT_EQ(r.status, k.status) << what << r.err;
+        EXPECT_EQ(sim_.requestCount(), k.requests) << what;
+        for (const brdsim::Request& q : sim_.requests())  // the full-named row's request
+            EXPECT_EQ((std::tuple<int, int, int>(q.device, q.command, q.address)),
+                      std::tuple(row.cmd[0], row.cmd[1], row.cmd[2]))
+                << what;
+        EXPECT_NE(r.out.find(k.shown), std::string::npos) << what << r.out;
+        EXPECT_EQ(r.err.find("invalid choice") != std::string::npos, k.complaint) << what;
     }
-
-    // A malformed configuration names the file and line; nothing is opened.
-    FILE* f = fopen((dir_ + "/KX07.conf").c_str(), "w");
-    ASSERT_NE(f, nullptr);
-    fputs("<MCU_INFO>\nNO_SUCH_KEY=1\n", f);
-    fclose(f);
-    ProgramResult r = run({"ST_SYSTEM_GET_0A_01"});
-    EXPECT_EQ(r.status, 3);
-    EXPECT_NE(r.err.find("KX07.conf:2"), std::string::npos) << r.err;
-    EXPECT_EQ(r.out, "");
 }
 
 }  // namespace

@@ -1,31 +1,33 @@
-// The receive decoders fed byte by byte as reads would deliver them: reassembly,
-// checks, routing to the answer buffer or the callback, and the buffer limits.
+// The receive decoders of every controller type on byte streams read from a
+// pseudo-terminal, one read per step: reassembly, checks, routing to the answer buffer
+// or the callback, and the buffer limits.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <memory>
-#include <mutex>
+#include <optional>
+#include <thread>
 #include <vector>
 
 #include "mcu_base.h"
+#include "pty_pair.h"
 
 namespace {
 
 using Bytes = std::vector<BYTE>;
 
-std::mutex g_mu;
+// The decoders run on the test's thread and call back on it.
 std::vector<CALLBACK_DATA> g_calls;
-
 void record(CALLBACK_DATA d) {
-    std::lock_guard<std::mutex> g(g_mu);
     g_calls.push_back(d);
 }
 
-std::vector<CALLBACK_DATA> calls(int type) {
-    std::lock_guard<std::mutex> g(g_mu);
-    std::vector<CALLBACK_DATA> out;
-    for (const auto& c : g_calls)
-        if (c.type == type) out.push_back(c);
-    return out;
+Bytes from(const Bytes& b, size_t n) {
+    return Bytes(b.begin() + n, b.end());
 }
 
 Bytes cat(std::initializer_list<Bytes> parts) {
@@ -34,374 +36,198 @@ Bytes cat(std::initializer_list<Bytes> parts) {
     return out;
 }
 
-// An ST frame on the wire: F1, escaped (inner, CRC), F2; `crcDelta` spoils the CRC.
-Bytes stWire(const Bytes& inner, int crcDelta = 0) {
+// An ST frame: F1, (inner, CRC) escaped, F2; `crcDelta` spoils the CRC.
+Bytes st(const Bytes& inner, int crcDelta = 0) {
     Bytes raw = inner;
     raw.push_back(BYTE(Get_CRC8(inner.data(), inner.size()) + crcDelta));
     BYTE out[512];
-    unsigned n = stuffFrame(0xF1, 0xF2, 0xF0, raw.data(), raw.size(), out, sizeof out);
-    return Bytes(out, out + n);
+    return Bytes(out, out + stuffFrame(0xF1, 0xF2, 0xF0, raw.data(), raw.size(), out, sizeof out));
 }
 
-Bytes stUnstuffed(const Bytes& inner) {
-    Bytes f{0xF1};
-    f.insert(f.end(), inner.begin(), inner.end());
-    f.push_back(Get_CRC8(inner.data(), inner.size()));
-    f.push_back(0xF2);
-    return f;
+// The same frame as the waiter gets it: unescaped.
+Bytes plain(const Bytes& inner) {
+    return cat({{0xF1}, inner, {Get_CRC8(inner.data(), inner.size()), 0xF2}});
 }
 
-// An ST CAN frame: device, 04, address, id (LSB first), ide, rtr, dlc, data.
-Bytes stCanInner(BYTE device, uint32_t id, BYTE rtr, BYTE dlc, const Bytes& data) {
+// An ST CAN frame: device, 04, address 0, id (LSB first), ide 4, rtr, dlc, data.
+Bytes stCan(BYTE device, uint32_t id, BYTE rtr, BYTE dlc, const Bytes& data) {
     Bytes in{device,         0x04,           0x00, BYTE(id), BYTE(id >> 8),
-             BYTE(id >> 16), BYTE(id >> 24), 0x04, rtr,      dlc};
-    in.insert(in.end(), data.begin(), data.end());
-    return in;
+             BYTE(id >> 16), BYTE(id >> 24), 4,    rtr,      dlc};
+    return st(cat({in, data}));
 }
 
-class Decoder : public ::testing::Test {
-   protected:
-    void SetUp() override {
-        Register_MCU_EventCallBack(0, 0, record);
-        std::lock_guard<std::mutex> g(g_mu);
-        g_calls.clear();
-    }
-    void TearDown() override { Register_MCU_EventCallBack(0, 0, nullptr); }
-
-    MCU_CONTENT* make(int type, int mode) {
-        m.reset(new MCU_CONTENT{});
-        m->fd = 7;
-        m->mcuType = type;
-        m->stMode = type == MCU_TYPE_ST ? mode : 0;
-        m->nxpMode = type == MCU_TYPE_NXP ? mode : 0;
-        m->lock = 1;  // a request is outstanding
-        return m.get();
-    }
-    std::vector<int> feed(int (*core)(MCU_CONTENT*, const BYTE*, unsigned int),
-                          const std::vector<Bytes>& chunks) {
-        std::vector<int> results;
-        for (const auto& c : chunks) results.push_back(core(m.get(), c.data(), c.size()));
-        return results;
-    }
-    Bytes answer() const {
-        return Bytes(m->CommandResponseData, m->CommandResponseData + m->CommandResponseDataLength);
-    }
-    std::unique_ptr<MCU_CONTENT> m;
+struct Decoder {
+    int (*fromPort)(MCU_CONTENT*);
+    int (*fromBytes)(MCU_CONTENT*, const BYTE*, unsigned int);
 };
 
-const Bytes kAnswer = stWire({0x00, 0x02, 0x01, 0x05});
-const Bytes kAnswer2 = stWire({0x00, 0x02, 0x0A, 0x01, 0xF1});
-const Bytes kCan8 = stWire(stCanInner(0x06, 0x123, 0, 8, {1, 2, 3, 4, 5, 6, 7, 8}));
+Decoder decoderOf(int type) {
+    switch (type) {
+        case MCU_TYPE_ST:
+            return {ST_DecodingResponse, ST_DecodeBytes};
+        case MCU_TYPE_NXP:
+            return {NXP_DecodingResponse, NXP_DecodeBytes};
+        case MCU_TYPE_FM:
+            return {FM_DecodingResponse, FM_DecodeBytes};
+        default:
+            return {Customise_DecodingResponse, Customise_DecodeBytes};
+    }
+}
 
-struct StCase {
+// Waits (bounded) until `n` bytes written on the master side can be read from `fd`.
+void waitPending(int fd, size_t n) {
+    auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    int pending = 0;
+    while (ioctl(fd, FIONREAD, &pending) == 0 && size_t(pending) < n &&
+           std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+const Bytes kA1 = {0x00, 0x02, 0x01, 0x05};
+const Bytes kA2 = {0x00, 0x02, 0x0A, 0x01, 0xF1};
+const Bytes kCan8 = stCan(0x06, 0x123, 0, 8, {1, 2, 3, 4, 5, 6, 7, 8});
+const Bytes kCanAB = stCan(0x07, 0x12345678, 0, 2, {0xAA, 0xBB});
+const Bytes kNxpCan = {0xC1, 0x30, 0x78, 0x56, 0x34, 0x12, 0x00, 0x00, 0x02, 0xAA, 0xBB, 0xC2};
+const Bytes kNxpAnswer = {0xC1, 0x21, 0x01, 0xC2};
+const Bytes kZeros1000(1000, 0);
+const Bytes kZeros100(100, 0);
+const can_msg_t kIdAB = {.ide = 4, .id = 0x12345678, .dlc = 2, .data = {0xAA, 0xBB}, .rtr = 0};
+
+Bytes nxpCan(BYTE ide, BYTE rtr) {
+    return {0xC1, 0x30, 0x78, 0x56, 0x34, 0x12, ide, rtr, 0x02, 0xAA, 0xBB, 0xC2};
+}
+
+struct Row {
     const char* what;
-    int mode;
-    std::vector<Bytes> chunks;
+    int type, mode;
+    std::vector<Bytes> reads;  // what each read delivers; an empty one is a failed read
     std::vector<int> results;
-    Bytes answer;  // empty: nothing stored
+    Bytes answer;  // what the waiter gets; empty: it still waits
     size_t cans, events;
-    unsigned errors;
-    unsigned held;
+    unsigned errors, held;
+    std::optional<can_msg_t> can;  // the last CAN message handed on
 };
+
+constexpr int ST = MCU_TYPE_ST, NXP = MCU_TYPE_NXP, FM = MCU_TYPE_FM, CU = MCU_TYPE_CUSTOMISE;
+constexpr int AP = ST_MODE_AP, UPD = ST_MODE_UPDATE, NAP = NXP_MODE_AP, NUPD = NXP_MODE_UPDATE;
+
+// clang-format off
+const Row kRows[] = {
+    {"ST answer split over two reads", ST, AP, {{0xF1, 0x00, 0x02, 0x01}, from(st(kA1), 4)},
+     {0, 1}, plain(kA1), 0, 0, 0, 0, {}},
+    {"ST two answers in one read: the last stays", ST, AP, {cat({st(kA1), st(kA2)})}, {1},
+     plain(kA2), 0, 0, 0, 0, {}},
+    {"ST CAN frame of 21 bytes goes to the callback", ST, AP, {kCan8}, {1}, {}, 1, 0, 0, 0, {}},
+    {"ST junk, CAN frames between answers, split mid-frame", ST, AP,
+     {{0x00, 0x13, 0xF1, 0x06, 0x04}, cat({from(kCan8, 3), st(kA1), kCanAB})},
+     {0, 1}, plain(kA1), 2, 0, 0, 2, kIdAB},
+    {"ST remote request keeps dlc, copies nothing", ST, AP, {stCan(0x07, 0x12345678, 2, 4, {1, 2, 3, 4})},
+     {1}, {}, 1, 0, 0, 0, can_msg_t{.ide = 4, .id = 0x12345678, .dlc = 4, .data = {}, .rtr = 2}},
+    {"ST bad CRC is dropped", ST, AP, {st(kA1, 1)}, {1}, {}, 0, 0, 0, 0, {}},
+    {"ST garbage before the answer", ST, AP, {cat({{0x55, 0xAA}, st(kA1)})}, {1}, plain(kA1),
+     0, 0, 0, 2, {}},
+    {"ST partial next frame is held", ST, AP, {cat({st(kA1), {0xF1, 0x00}})}, {1}, plain(kA1),
+     0, 0, 0, 2, {}},
+    {"ST event answer reaches the callback", ST, AP, {st({0x00, 0x04, 0x01, 0x33})}, {1},
+     plain({0x00, 0x04, 0x01, 0x33}), 0, 1, 0, 0, {}},
+    {"ST long frame from device 6 is no answer", ST, AP,
+     {st({0x06, 0x02, 0x01, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16})}, {1}, {},
+     0, 0, 0, 0, {}},
+    {"ST overflow past 2047 bytes", ST, AP, {kZeros1000, kZeros1000, kZeros100}, {0, 0, -7}, {},
+     0, 0, 1, 0, {}},
+    {"ST failed read drops held bytes", ST, AP, {{0xF1, 0x00}, {}, st(kA1)}, {0, -7, 1}, plain(kA1),
+     0, 0, 1, 0, {}},
+    {"ST update mode answer", ST, UPD, {st(kA1)}, {1}, plain(kA1), 0, 0, 0, 0, {}},
+    {"ST update mode bad CRC", ST, UPD, {st({0x00, 0x02, 0x01}, 3)}, {-8}, {}, 0, 0, 0, 0, {}},
+    {"ST unknown mode delivers nothing", ST, 0, {st(kA1)}, {0}, {}, 0, 0, 0, 0, {}},
+    {"NXP CAN frame", NXP, NAP, {kNxpCan}, {1}, {}, 1, 0, 0, 0,
+     can_msg_t{.ide = 0, .id = 0x12345678, .dlc = 2, .data = {0xAA, 0xBB}, .rtr = 0}},
+    {"NXP CAN frame and answer in one read", NXP, NAP, {cat({kNxpCan, kNxpAnswer})}, {1},
+     kNxpAnswer, 1, 0, 0, 0, {}},
+    {"NXP rtr 2 is an ordinary data frame", NXP, NAP, {nxpCan(1, 2)}, {1}, {}, 1, 0, 0, 0,
+     can_msg_t{.ide = 1, .id = 0x12345678, .dlc = 2, .data = {0xAA, 0xBB}, .rtr = 2}},
+    {"NXP remote request", NXP, NAP, {nxpCan(1, 1)}, {1}, {}, 1, 0, 0, 0,
+     can_msg_t{.ide = 1, .id = 0x12345678, .dlc = 2, .data = {}, .rtr = 1}},
+    {"NXP answer split", NXP, NAP, {{0xC1, 0x21}, {0x01, 0xC2}}, {0, 1}, kNxpAnswer, 0, 0, 0, 0, {}},
+    {"NXP escaped C1 in the data", NXP, NAP, {{0xC1, 0x21, 0xC0, 0x01, 0xC2}}, {1},
+     {0xC1, 0x21, 0xC1, 0xC2}, 0, 0, 0, 0, {}},
+    {"NXP garbage after the end code", NXP, NAP, {cat({kNxpAnswer, {0x55, 0x66}})}, {1}, kNxpAnswer,
+     0, 0, 0, 0, {}},
+    {"NXP next start code is held", NXP, NAP, {cat({kNxpAnswer, {0xC1, 0x22}})}, {1}, kNxpAnswer,
+     0, 0, 0, 2, {}},
+    {"NXP no start code", NXP, NAP, {{0x55, 0x21, 0xC2}}, {-7}, {}, 0, 0, 1, 0, {}},
+    {"NXP update mode", NXP, NUPD, {{0x00, 0xF1, 0x21, 0xF0, 0x02, 0xF2}}, {1},
+     {0xF1, 0x21, 0xF2, 0xF2}, 0, 0, 0, 0, {}},
+    {"NXP full read is thrown away", NXP, NAP, {Bytes(1024, 0xC2)}, {0}, {}, 0, 0, 0, 0, {}},
+    {"NXP overflow", NXP, NAP, {kZeros1000, kZeros1000, kZeros100}, {0, 0, -7}, {}, 0, 0, 1, 0, {}},
+    {"FM escape undone", FM, 0, {{0xF1, 0x88, 0xF0, 0x01, 0xF2}}, {1}, {0xF1, 0x88, 0xF1, 0xF2},
+     0, 0, 0, 0, {}},
+    {"FM split", FM, 0, {{0xF1, 0x88}, {0x01, 0xF2}}, {1, 1}, {0xF1, 0x88, 0x01, 0xF2}, 0, 0, 0, 0, {}},
+    {"FM end code before the start code waits", FM, 0, {{0xF2, 0xF1, 0x01}}, {1}, {}, 0, 0, 0, 3, {}},
+    {"FM overflow", FM, 0, {kZeros1000, kZeros1000, kZeros100}, {1, 1, -7}, {}, 0, 0, 1, 0, {}},
+    {"customised read is one answer and one event", CU, 0, {{0x10, 0x20, 0x03, 0x03, 0x50}}, {1},
+     {0x10, 0x20, 0x03, 0x03, 0x50}, 0, 1, 0, 0, {}},
+    {"customised long event is clipped", CU, 0, {Bytes(300, 0x41)}, {1}, Bytes(300, 0x41),
+     0, 1, 0, 0, {}},
+};
+// clang-format on
+
+TEST(Decoders, StreamsFromAPseudoTerminal) {
+    Register_MCU_EventCallBack(0, 0, record);
+    for (const Row& r : kRows) {
+        SCOPED_TRACE(r.what);
+        g_calls.clear();
+        PtyPair pty;
+        std::unique_ptr<MCU_CONTENT> m(new MCU_CONTENT{});
+        m->fd = open(pty.slavePath.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        ASSERT_GT(m->fd, 0);
+        m->mcuType = r.type;
+        (r.type == NXP ? m->nxpMode : m->stMode) = r.mode;
+        m->lock = 1;  // a request is outstanding
+        Decoder d = decoderOf(r.type);
+        std::vector<int> results;
+        for (const Bytes& chunk : r.reads) {
+            if (chunk.empty()) {
+                results.push_back(d.fromBytes(m.get(), nullptr, static_cast<unsigned>(-1)));
+                continue;
+            }
+            pty.write(chunk);
+            waitPending(m->fd, chunk.size());
+            results.push_back(d.fromPort(m.get()));
+        }
+        EXPECT_EQ(results, r.results);
+        Bytes answer(m->CommandResponseData, m->CommandResponseData + m->CommandResponseDataLength);
+        EXPECT_EQ(answer, r.answer);
+        EXPECT_EQ(m->lock, r.answer.empty() ? 1 : 0);
+        EXPECT_EQ(m->receiveErrorCount, r.errors);
+        EXPECT_EQ(m->receiveDataStartIndex, r.held);
+        size_t cans = 0, events = 0;
+        for (const CALLBACK_DATA& c : g_calls) {
+            EXPECT_EQ(c.fd, m->fd);
+            if (c.type == CALLBACK_TYPE_CAN) ++cans;
+            if (c.type != CALLBACK_TYPE_EVENT) continue;
+            ++events;
+            // An event carries the answer, at most EVENT_DATA_SIZE bytes of it.
+            size_t n = std::min<size_t>(answer.size(), EVENT_DATA_SIZE);
+            EXPECT_EQ(Bytes(c.szData, c.szData + c.szDataLength),
+                      Bytes(answer.begin(), answer.begin() + n));
+        }
+        EXPECT_EQ(cans, r.cans);
+        EXPECT_EQ(events, r.events);
+        if (r.type == NXP) {
+            EXPECT_EQ(m->receiveCANDataCount, r.cans);
+        }
+        if (r.can) {
+            const can_msg_t& got = g_calls.back().canData;
+            EXPECT_EQ(got.id, r.can->id);
+            EXPECT_EQ(got.ide, r.can->ide);
+            EXPECT_EQ(got.rtr, r.can->rtr);
+            EXPECT_EQ(got.dlc, r.can->dlc);
+            EXPECT_EQ(Bytes(got.data, got.data + 8), Bytes(r.can->data, r.can->data + 8));
+        }
+        close(m->fd);
+    }
+    Register_MCU_EventCallBack(0, 0, nullptr);
+}
 
 }  // namespace
-
-TEST_F(Decoder, StStreams) {
-    const Bytes a1 = stUnstuffed({0x00, 0x02, 0x01, 0x05});
-    const Bytes a2 = stUnstuffed({0x00, 0x02, 0x0A, 0x01, 0xF1});
-    const Bytes event = stWire({0x00, 0x04, 0x01, 0x33});
-    const Bytes longDev6 =
-        stWire({0x06, 0x02, 0x01, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
-    StCase cases[] = {
-        {"answer split over two reads",
-         ST_MODE_AP,
-         {{0xF1, 0x00, 0x02, 0x01}, Bytes(kAnswer.begin() + 4, kAnswer.end())},
-         {0, 1},
-         a1,
-         0,
-         0,
-         0,
-         0},
-        {"two answers in one read: the last stays",
-         ST_MODE_AP,
-         {cat({kAnswer, kAnswer2})},
-         {1},
-         a2,
-         0,
-         0,
-         0,
-         0},
-        {"CAN frame of 21 bytes goes to the callback", ST_MODE_AP, {kCan8}, {1}, {}, 1, 0, 0, 0},
-        {"CAN frames between answers",
-         ST_MODE_AP,
-         {cat({kCan8, kAnswer, kCan8})},
-         {1},
-         a1,
-         2,
-         0,
-         0,
-         0},
-        {"bad CRC is dropped",
-         ST_MODE_AP,
-         {stWire({0x00, 0x02, 0x01, 0x05}, 1)},
-         {1},
-         {},
-         0,
-         0,
-         0,
-         0},
-        {"garbage before the answer",
-         ST_MODE_AP,
-         {cat({{0x55, 0xAA}, kAnswer})},
-         {1},
-         a1,
-         0,
-         0,
-         0,
-         2},
-        {"partial next frame is held",
-         ST_MODE_AP,
-         {cat({kAnswer, {0xF1, 0x00}})},
-         {1},
-         a1,
-         0,
-         0,
-         0,
-         2},
-        {"event answer reaches the callback",
-         ST_MODE_AP,
-         {event},
-         {1},
-         stUnstuffed({0x00, 0x04, 0x01, 0x33}),
-         0,
-         1,
-         0,
-         0},
-        {"long frame from device 6 is no answer", ST_MODE_AP, {longDev6}, {1}, {}, 0, 0, 0, 0},
-        {"overflow past 2047 bytes",
-         ST_MODE_AP,
-         {Bytes(1000, 0), Bytes(1000, 0), Bytes(100, 0)},
-         {0, 0, -7},
-         {},
-         0,
-         0,
-         1,
-         0},
-        {"update mode answer", ST_MODE_UPDATE, {kAnswer}, {1}, a1, 0, 0, 0, 0},
-        {"update mode bad CRC",
-         ST_MODE_UPDATE,
-         {stWire({0x00, 0x02, 0x01}, 3)},
-         {-8},
-         {},
-         0,
-         0,
-         0,
-         0},
-        {"unknown mode delivers nothing", 0, {kAnswer}, {0}, {}, 0, 0, 0, 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        SetUp();
-        make(MCU_TYPE_ST, c.mode);
-        EXPECT_EQ(feed(ST_DecodeBytes, c.chunks), c.results);
-        EXPECT_EQ(answer(), c.answer);
-        EXPECT_EQ(m->lock, c.answer.empty() ? 1 : 0);
-        EXPECT_EQ(calls(CALLBACK_TYPE_CAN).size(), c.cans);
-        EXPECT_EQ(calls(CALLBACK_TYPE_EVENT).size(), c.events);
-        EXPECT_EQ(m->receiveErrorCount, c.errors);
-        EXPECT_EQ(m->receiveDataStartIndex, c.held);
-    }
-}
-
-TEST_F(Decoder, StFailedReadDropsHeldBytes) {
-    make(MCU_TYPE_ST, ST_MODE_AP);
-    EXPECT_EQ(feed(ST_DecodeBytes, {{0xF1, 0x00}}), (std::vector<int>{0}));
-    EXPECT_EQ(ST_DecodeBytes(m.get(), nullptr, static_cast<unsigned>(-1)), -7);
-    EXPECT_EQ(m->receiveErrorCount, 1u);
-    EXPECT_EQ(m->receiveDataStartIndex, 0u);
-    EXPECT_EQ(ST_DecodeBytes(m.get(), kAnswer.data(), kAnswer.size()), 1);
-    EXPECT_EQ(m->lock, 0);
-}
-
-TEST_F(Decoder, StCanFields) {
-    struct Row {
-        const char* what;
-        BYTE rtr, dlc;
-        Bytes data, expectData;
-        uint16_t expectDlc;
-    } rows[] = {
-        {"data frame", 0, 2, {0xAA, 0xBB}, {0xAA, 0xBB}, 2},
-        {"remote request keeps dlc, copies nothing", 2, 4, {1, 2, 3, 4}, {}, 4},
-        {"dlc 0", 0, 0, {}, {}, 0},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.what);
-        SetUp();
-        make(MCU_TYPE_ST, ST_MODE_AP);
-        Bytes wire = stWire(stCanInner(0x07, 0x12345678, r.rtr, r.dlc, r.data));
-        EXPECT_EQ(ST_DecodeBytes(m.get(), wire.data(), wire.size()), 1);
-        auto got = calls(CALLBACK_TYPE_CAN);
-        ASSERT_EQ(got.size(), 1u);
-        EXPECT_EQ(got[0].fd, 7);
-        EXPECT_EQ(got[0].canData.id, 0x12345678u);
-        EXPECT_EQ(got[0].canData.rtr, r.rtr);
-        EXPECT_EQ(got[0].canData.dlc, r.expectDlc);
-        Bytes data(got[0].canData.data, got[0].canData.data + 8);
-        Bytes expect = r.expectData;
-        expect.resize(8, 0);
-        EXPECT_EQ(data, expect);
-    }
-}
-
-TEST_F(Decoder, NxpStreams) {
-    const Bytes can = {0xC1, 0x30, 0x78, 0x56, 0x34, 0x12, 0x00, 0x00, 0x02, 0xAA, 0xBB, 0xC2};
-    const Bytes answer = {0xC1, 0x21, 0x01, 0xC2};
-    struct Case {
-        const char* what;
-        int mode;
-        std::vector<Bytes> chunks;
-        std::vector<int> results;
-        Bytes answer;
-        size_t cans;
-        unsigned errors, held;
-    } cases[] = {
-        {"CAN frame", NXP_MODE_AP, {can}, {1}, {}, 1, 0, 0},
-        {"CAN frame and answer in one read",
-         NXP_MODE_AP,
-         {cat({can, answer})},
-         {1},
-         answer,
-         1,
-         0,
-         0},
-        {"answer split", NXP_MODE_AP, {{0xC1, 0x21}, {0x01, 0xC2}}, {0, 1}, answer, 0, 0, 0},
-        {"escaped C1 in the data",
-         NXP_MODE_AP,
-         {{0xC1, 0x21, 0xC0, 0x01, 0xC2}},
-         {1},
-         {0xC1, 0x21, 0xC1, 0xC2},
-         0,
-         0,
-         0},
-        {"garbage after the end code",
-         NXP_MODE_AP,
-         {cat({answer, {0x55, 0x66}})},
-         {1},
-         answer,
-         0,
-         0,
-         0},
-        {"next start code is held",
-         NXP_MODE_AP,
-         {cat({answer, {0xC1, 0x22}})},
-         {1},
-         answer,
-         0,
-         0,
-         2},
-        {"no start code", NXP_MODE_AP, {{0x55, 0x21, 0xC2}}, {-7}, {}, 0, 1, 0},
-        {"update mode",
-         NXP_MODE_UPDATE,
-         {{0x00, 0xF1, 0x21, 0xF0, 0x02, 0xF2}},
-         {1},
-         {0xF1, 0x21, 0xF2, 0xF2},
-         0,
-         0,
-         0},
-        {"full read is thrown away", NXP_MODE_AP, {Bytes(1024, 0xC2)}, {0}, {}, 0, 0, 0},
-        {"overflow",
-         NXP_MODE_AP,
-         {Bytes(1000, 0), Bytes(1000, 0), Bytes(100, 0)},
-         {0, 0, -7},
-         {},
-         0,
-         1,
-         0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        SetUp();
-        make(MCU_TYPE_NXP, c.mode);
-        EXPECT_EQ(feed(NXP_DecodeBytes, c.chunks), c.results);
-        EXPECT_EQ(this->answer(), c.answer);
-        EXPECT_EQ(m->lock, c.answer.empty() ? 1 : 0);
-        EXPECT_EQ(calls(CALLBACK_TYPE_CAN).size(), c.cans);
-        EXPECT_EQ(m->receiveCANDataCount, c.cans);
-        EXPECT_EQ(m->receiveErrorCount, c.errors);
-        EXPECT_EQ(m->receiveDataStartIndex, c.held);
-    }
-}
-
-TEST_F(Decoder, NxpCanFields) {
-    struct Row {
-        BYTE rtr;
-        uint16_t dlc;
-        Bytes data;
-    } rows[] = {
-        {0, 2, {0xAA, 0xBB}},
-        {2, 2, {0xAA, 0xBB}},  // rtr 2 is an ordinary data frame on NXP
-        {1, 2, {}},            // remote request
-    };
-    for (const auto& r : rows) {
-        SetUp();
-        make(MCU_TYPE_NXP, NXP_MODE_AP);
-        Bytes can = {0xC1, 0x30, 0x78, 0x56, 0x34, 0x12, 0x01, r.rtr, 0x02, 0xAA, 0xBB, 0xC2};
-        EXPECT_EQ(NXP_DecodeBytes(m.get(), can.data(), can.size()), 1);
-        auto got = calls(CALLBACK_TYPE_CAN);
-        ASSERT_EQ(got.size(), 1u);
-        EXPECT_EQ(got[0].canData.id, 0x12345678u);
-        EXPECT_EQ(got[0].canData.ide, 1);
-        EXPECT_EQ(got[0].canData.dlc, r.dlc);
-        Bytes expect = r.data;
-        expect.resize(8, 0);
-        EXPECT_EQ(Bytes(got[0].canData.data, got[0].canData.data + 8), expect);
-    }
-}
-
-TEST_F(Decoder, FmStreams) {
-    struct Case {
-        const char* what;
-        std::vector<Bytes> chunks;
-        std::vector<int> results;
-        Bytes answer;
-        unsigned errors, held;
-    } cases[] = {
-        {"escape undone", {{0xF1, 0x88, 0xF0, 0x01, 0xF2}}, {1}, {0xF1, 0x88, 0xF1, 0xF2}, 0, 0},
-        {"split", {{0xF1, 0x88}, {0x01, 0xF2}}, {1, 1}, {0xF1, 0x88, 0x01, 0xF2}, 0, 0},
-        {"end code before the start code waits", {{0xF2, 0xF1, 0x01}}, {1}, {}, 0, 3},
-        {"overflow", {Bytes(1000, 0), Bytes(1000, 0), Bytes(100, 0)}, {1, 1, -7}, {}, 1, 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        SetUp();
-        make(MCU_TYPE_FM, 0);
-        EXPECT_EQ(feed(FM_DecodeBytes, c.chunks), c.results);
-        EXPECT_EQ(answer(), c.answer);
-        EXPECT_EQ(m->lock, c.answer.empty() ? 1 : 0);
-        EXPECT_EQ(m->receiveErrorCount, c.errors);
-        EXPECT_EQ(m->receiveDataStartIndex, c.held);
-        EXPECT_TRUE(g_calls.empty());
-    }
-}
-
-TEST_F(Decoder, CustomisedReadIsOneAnswerAndOneEvent) {
-    make(MCU_TYPE_CUSTOMISE, 0);
-    Bytes in = {0x10, 0x20, 0x03, 0x03, 0x50};
-    EXPECT_EQ(Customise_DecodeBytes(m.get(), in.data(), in.size()), 1);
-    EXPECT_EQ(answer(), in);
-    EXPECT_EQ(m->lock, 0);
-    auto ev = calls(CALLBACK_TYPE_EVENT);
-    ASSERT_EQ(ev.size(), 1u);
-    EXPECT_EQ(ev[0].szDataLength, 5);
-    EXPECT_EQ(Bytes(ev[0].szData, ev[0].szData + 5), in);
-}
-
-TEST_F(Decoder, LongEventIsClipped) {
-    make(MCU_TYPE_CUSTOMISE, 0);
-    Bytes in(300, 0x41);
-    EXPECT_EQ(Customise_DecodeBytes(m.get(), in.data(), in.size()), 1);
-    auto ev = calls(CALLBACK_TYPE_EVENT);
-    ASSERT_EQ(ev.size(), 1u);
-    EXPECT_EQ(ev[0].szDataLength, EVENT_DATA_SIZE);
-    EXPECT_EQ(m->CommandResponseDataLength, 300);
-}
