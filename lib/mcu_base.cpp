@@ -320,8 +320,7 @@ int WaitForRecevData(MCU_CONTENT* mcu_content, unsigned long timeout) {
     Clock::time_point start = Clock::now();
     // An answer usually comes within tens of microseconds: look for it briefly before
     // going to sleep, which saves a thread wake-up on the common path.
-    for (Clock::time_point spinEnd = start + ANSWER_SPIN;
-         m->lock != 0 && Clock::now() < spinEnd;) {
+    for (Clock::time_point spinEnd = start + ANSWER_SPIN; m->lock != 0 && Clock::now() < spinEnd;) {
     }
     std::unique_lock<std::mutex> lk(m->responseMutex);
     m->responseCond.wait_until(lk, start + std::chrono::milliseconds(timeout),
