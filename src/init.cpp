@@ -171,6 +171,14 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     return false;
 }
 
+// A configured device that cannot be opened: the port layer's record, and one line on stderr.
+int reportOpenFailure(const std::string& path) {
+    int err = errno;
+    syslog(LOG_ERR, "Opening device %s failed", path.c_str());
+    fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, path.c_str(), strerror(err));
+    return 0;
+}
+
 void copyProduct(MCU_CONTENT* ctx) {
     if (ctx) snprintf(ctx->szProductName, sizeof ctx->szProductName, "%s", szProductName);
 }
@@ -253,11 +261,7 @@ int LAUNCH_INIT_DEV() {
     if (g_config.hasMcu && g_config.mcu.enabled) {
         // Open once without the link to learn why a device cannot be used.
         int probe = open(g_config.mcu.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        if (probe < 0) {
-            fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, g_config.mcu.path.c_str(),
-                    strerror(errno));
-            return 0;
-        }
+        if (probe < 0) return reportOpenFailure(g_config.mcu.path);
         close(probe);
         mcu_content = init_MCU(g_config.mcu.path.c_str(), MCU_TYPE_ST, g_config.mcu.baudrate);
         if (mcu_content->result != 1) {
@@ -273,11 +277,7 @@ int LAUNCH_INIT_DEV() {
     for (const DeviceConfig& dev : g_config.can) {
         if (!dev.enabled || nCANDevice >= MAX_CAN_DEVICE) continue;
         int probe = open(dev.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        if (probe < 0) {
-            fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, dev.path.c_str(),
-                    strerror(errno));
-            return 0;
-        }
+        if (probe < 0) return reportOpenFailure(dev.path);
         close(probe);
         MCU_CONTENT* ctx = init_MCU(dev.path.c_str(), MCU_TYPE_NXP, dev.baudrate);
         can_content[nCANDevice++] = ctx;
