@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -18,6 +19,7 @@
 
 InitStatus initStatus = INIT_OK;
 BrdConfig g_config;
+char szArchitecture[32] = {};
 
 namespace {
 
@@ -296,6 +298,8 @@ int LAUNCH_INIT_DEV() {
 
 FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
     initStatus = INIT_OK;
+    struct utsname uts;
+    if (uname(&uts) == 0) snprintf(szArchitecture, sizeof szArchitecture, "%s", uts.machine);
     std::string product = detectProductName();
     snprintf(szProductName, sizeof szProductName, "%s", product.c_str());
     std::string searched;

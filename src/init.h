@@ -37,6 +37,10 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
 // Empty when nothing names the product.
 std::string detectProductName();
 
+// The machine architecture as uname(2) reports it ("x86_64", "aarch64"), set by
+// LAUNCH_INIT_CONFIG.
+extern char szArchitecture[32];
+
 // Finds <dir>/<product>.conf in $BRDCTL_CONFIG_DIR, ./configs, /etc/brdctl/configs.
 // Returns the path, or "" with the places looked in in *searched.
 std::string findConfigFile(const std::string& product, std::string* searched);
