@@ -50,17 +50,6 @@ bool productIn(const Models& models, const char* product) {
     return false;
 }
 
-int stExchange(int cmdIndex, int dataLength, int mode, char* funName) {
-    memset(dataOut, 0, sizeof dataOut);
-    dataOutLength = 0;
-    if (mcu_content == nullptr)
-        return check_result(-1, mode, MCU_RESULT_OPEN_FAIL, dataOut, 0, funName);
-    mcu_content->mcuType = MCU_TYPE_ST;
-    mcu_content->stMode = ST_MODE_AP;
-    int result = sendCMD(mcu_content, cmdIndex, data, dataLength, dataOut, &dataOutLength);
-    return check_result(mcu_content->fd, mode, result, dataOut, dataOutLength, funName);
-}
-
 void printText(const std::string& text) {
     fwrite(text.data(), 1, text.size(), stdout);
     fflush(stdout);

@@ -40,10 +40,5 @@ constexpr Models operator+(const Models& a, const Models& b) {
     return all;
 }
 
-// Sends the pool entry cmdIndex on the system-MCU link with the first `dataLength`
-// bytes of `data`, after clearing dataOut/dataOutLength so no earlier answer can show,
-// and reports through check_result in `mode`. Returns check_result's verdict.
-int stExchange(int cmdIndex, int dataLength, int mode, char* funName);
-
 // Writes text to stdout as it is.
 void printText(const std::string& text);

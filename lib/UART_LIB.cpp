@@ -104,7 +104,9 @@ int UART_Open(const char* path, int baudrate, UART_MODE mode, UART_TYPE type,
     int flags = O_RDWR | O_NOCTTY | O_CLOEXEC | (mode == NONBLKING ? O_NONBLOCK : 0);
     int fd = open(path, flags);
     if (fd < 0) {
+        int err = errno;  // the caller reports why
         syslog(LOG_ERR, "Opening device %s failed", path);
+        errno = err;
         return fd;
     }
     // Waits while another process holds the device.

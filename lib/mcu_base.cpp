@@ -217,6 +217,7 @@ MCU_CONTENT* init_MCU(const char* pszUARTPortName, int mcuType, int baudrate) {
     struct termios settings = UART_LinkSettings(baudrate);
     m->fd = UART_Open(pszUARTPortName, baudrate, BLKING, RS232, &settings, nullptr);
     if (m->fd < 0) {
+        m->openError = errno;
         syslog(LOG_ERR, "[init_MCU] The UART can not open !!!");
         m->result = MCU_RESULT_OPEN_FAIL;
         return m;

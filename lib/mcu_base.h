@@ -119,6 +119,7 @@ struct MCU_CONTENT {
     std::thread send_thread;
     std::atomic<int> cancel_send_thread;
     int fd;
+    int openError;  // errno of a port that could not be opened (result -1)
     std::atomic<int> mcuType;
     std::atomic<int> stMode;
     std::atomic<int> nxpMode;

@@ -19,13 +19,15 @@ constexpr unsigned int kBufferLimit = RECEIVE_BUFFER_SIZE - 1;  // 2047 bytes he
 constexpr char kDashes[] =
     "-----------------------------------------------------------------------------";
 
-// One read of up to DECODER_READ_SIZE bytes; a failed read comes back as (unsigned)-1.
-unsigned int readPort(MCU_CONTENT* m, BYTE* buf) {
+// One read of up to DECODER_READ_SIZE bytes, handed to a decoder's byte-level core; a
+// failed read comes back as (unsigned)-1.
+int decodePortRead(MCU_CONTENT* m, int (*core)(MCU_CONTENT*, const BYTE*, unsigned int)) {
+    BYTE buf[DECODER_READ_SIZE];
     ssize_t n;
     do {
         n = read(m->fd, buf, DECODER_READ_SIZE);
     } while (n < 0 && errno == EINTR);
-    return static_cast<unsigned int>(n);
+    return core(m, buf, static_cast<unsigned int>(n));
 }
 
 void dumpBytes(const MCU_CONTENT* m, int mask, const BYTE* bytes, unsigned int n) {
@@ -249,9 +251,7 @@ int ST_DecodingResponse(MCU_CONTENT* mcu_content) {
         syslog(LOG_ERR, "[ST_DecodingResponse] mcu_content->fd dispear !!!");
         return -1;
     }
-    BYTE buf[DECODER_READ_SIZE];
-    unsigned int n = readPort(mcu_content, buf);
-    return ST_DecodeBytes(mcu_content, buf, n);
+    return decodePortRead(mcu_content, ST_DecodeBytes);
 }
 
 // ---- NXP ------------------------------------------------------------------------
@@ -387,9 +387,7 @@ int NXP_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiveDataL
 }
 
 int NXP_DecodingResponse(MCU_CONTENT* mcu_content) {
-    BYTE buf[DECODER_READ_SIZE];
-    unsigned int n = readPort(mcu_content, buf);
-    return NXP_DecodeBytes(mcu_content, buf, n);
+    return decodePortRead(mcu_content, NXP_DecodeBytes);
 }
 
 // ---- FM and customised ----------------------------------------------------------
@@ -441,9 +439,7 @@ int FM_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiveDataLe
 }
 
 int FM_DecodingResponse(MCU_CONTENT* mcu_content) {
-    BYTE buf[DECODER_READ_SIZE];
-    unsigned int n = readPort(mcu_content, buf);
-    return FM_DecodeBytes(mcu_content, buf, n);
+    return decodePortRead(mcu_content, FM_DecodeBytes);
 }
 
 int Customise_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiveDataLength) {
@@ -469,9 +465,7 @@ int Customise_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiv
 }
 
 int Customise_DecodingResponse(MCU_CONTENT* mcu_content) {
-    BYTE buf[DECODER_READ_SIZE];
-    unsigned int n = readPort(mcu_content, buf);
-    return Customise_DecodeBytes(mcu_content, buf, n);
+    return decodePortRead(mcu_content, Customise_DecodeBytes);
 }
 
 // ---- Callbacks ------------------------------------------------------------------

@@ -191,6 +191,17 @@ int check_result(int fd, int mode, int result, void* dataPtr, int length, char* 
     return verdict;
 }
 
+int stExchange(int cmdIndex, int dataLength, int mode, char* funName) {
+    memset(dataOut, 0, sizeof dataOut);
+    dataOutLength = 0;
+    if (mcu_content == nullptr)
+        return check_result(-1, mode, MCU_RESULT_OPEN_FAIL, dataOut, 0, funName);
+    mcu_content->mcuType = MCU_TYPE_ST;
+    mcu_content->stMode = ST_MODE_AP;
+    int result = sendCMD(mcu_content, cmdIndex, data, dataLength, dataOut, &dataOutLength);
+    return check_result(mcu_content->fd, mode, result, dataOut, dataOutLength, funName);
+}
+
 int checkSelect(int* value, int min, int max) {
     fflush(stdout);
     char* line = nullptr;
@@ -229,13 +240,7 @@ int checkSelect(int* value, int min, int max) {
 }
 
 int FUNC_GENERIC(int cmdIndex, char* funName) {
-    if (mcu_content == nullptr) return MCU_RESULT_OPEN_FAIL;
-    mcu_content->mcuType = MCU_TYPE_ST;
-    mcu_content->stMode = ST_MODE_AP;
-    memset(dataOut, 0, sizeof dataOut);
-    dataOutLength = 0;
-    int result = sendCMD(mcu_content, cmdIndex, data, 0, dataOut, &dataOutLength);
-    return check_result(mcu_content->fd, 2, result, dataOut, dataOutLength, funName);
+    return stExchange(cmdIndex, 0, 2, funName);
 }
 
 int FUNC_RESERVED(int cmdIndex, char* funName) {

@@ -3,12 +3,10 @@
 #include "init.h"
 
 #include <errno.h>
-#include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -19,7 +17,7 @@
 
 InitStatus initStatus = INIT_OK;
 BrdConfig g_config;
-char szArchitecture[32] = {};
+char szArchitecture[65] = {};
 
 namespace {
 
@@ -173,16 +171,19 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     return false;
 }
 
-// A configured device that cannot be opened: the port layer's record, and one line on stderr.
-int reportOpenFailure(const std::string& path) {
-    int err = errno;
-    syslog(LOG_ERR, "Opening device %s failed", path.c_str());
-    fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, path.c_str(), strerror(err));
-    return 0;
-}
-
-void copyProduct(MCU_CONTENT* ctx) {
-    if (ctx) snprintf(ctx->szProductName, sizeof ctx->szProductName, "%s", szProductName);
+// Opens the link of one configured device. A device that cannot be used gets one line on
+// stderr naming it and the reason; the link library has logged it already.
+MCU_CONTENT* openLink(const DeviceConfig& dev, int mcuType) {
+    MCU_CONTENT* ctx = init_MCU(dev.path.c_str(), mcuType, dev.baudrate);
+    if (ctx->result == MCU_RESULT_OPEN_FAIL)
+        fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, dev.path.c_str(),
+                strerror(ctx->openError));
+    else if (ctx->result != 1)
+        fprintf(stderr, "%s: cannot open %s: link could not be started (%d)\n", g_progName,
+                dev.path.c_str(), ctx->result);
+    ctx->debugLevel = g_config.debugLevel;
+    snprintf(ctx->szProductName, sizeof ctx->szProductName, "%s", szProductName);
+    return ctx;
 }
 
 }  // namespace
@@ -261,36 +262,17 @@ std::string findConfigFile(const std::string& product, std::string* searched) {
 
 int LAUNCH_INIT_DEV() {
     if (g_config.hasMcu && g_config.mcu.enabled) {
-        // Open once without the link to learn why a device cannot be used.
-        int probe = open(g_config.mcu.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        if (probe < 0) return reportOpenFailure(g_config.mcu.path);
-        close(probe);
-        mcu_content = init_MCU(g_config.mcu.path.c_str(), MCU_TYPE_ST, g_config.mcu.baudrate);
-        if (mcu_content->result != 1) {
-            fprintf(stderr, "%s: cannot open %s: link could not be started (%d)\n", g_progName,
-                    g_config.mcu.path.c_str(), mcu_content->result);
-            return 0;
-        }
-        mcu_content->debugLevel = g_config.debugLevel;
-        copyProduct(mcu_content);
+        mcu_content = openLink(g_config.mcu, MCU_TYPE_ST);
+        if (mcu_content->result != 1) return 0;
         nMCUDevice = 1;
     }
     nCANDevice = 0;
     for (const DeviceConfig& dev : g_config.can) {
         if (!dev.enabled || nCANDevice >= MAX_CAN_DEVICE) continue;
-        int probe = open(dev.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        if (probe < 0) return reportOpenFailure(dev.path);
-        close(probe);
-        MCU_CONTENT* ctx = init_MCU(dev.path.c_str(), MCU_TYPE_NXP, dev.baudrate);
+        MCU_CONTENT* ctx = openLink(dev, MCU_TYPE_NXP);
         can_content[nCANDevice++] = ctx;
-        if (ctx->result != 1) {
-            fprintf(stderr, "%s: cannot open %s: link could not be started (%d)\n", g_progName,
-                    dev.path.c_str(), ctx->result);
-            return 0;
-        }
+        if (ctx->result != 1) return 0;
         ctx->nxpMode = NXP_MODE_AP;
-        ctx->debugLevel = g_config.debugLevel;
-        copyProduct(ctx);
     }
     currentCANDevice = 0;
     return 1;

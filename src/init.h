@@ -39,7 +39,7 @@ std::string detectProductName();
 
 // The machine architecture as uname(2) reports it ("x86_64", "aarch64"), set by
 // LAUNCH_INIT_CONFIG.
-extern char szArchitecture[32];
+extern char szArchitecture[65];
 
 // Finds <dir>/<product>.conf in $BRDCTL_CONFIG_DIR, ./configs, /etc/brdctl/configs.
 // Returns the path, or "" with the places looked in in *searched.

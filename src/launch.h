@@ -37,6 +37,11 @@ int LAUNCH_MCU_COMMAND(char* funName, BYTE* DataIn, int DataInLength, BYTE* Data
                        int* DataOutLength);
 int check_result(int fd, int mode, int result, void* data, int length, char* funName);
 
+// Sends the pool entry cmdIndex on the system-MCU link with the first `dataLength`
+// bytes of `data`, after clearing dataOut/dataOutLength so no earlier answer can show,
+// and reports through check_result in `mode`. Returns check_result's verdict.
+int stExchange(int cmdIndex, int dataLength, int mode, char* funName);
+
 // Reads one whole line holding a number within [min, max] into *value. Re-asks on a
 // non-number ("\nInput Error !!! Please input a number.") or out of range
 // ("\nSelect Error !!! Please select a option again."). Returns 1 with a value, or 0 when
