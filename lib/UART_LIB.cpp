@@ -8,6 +8,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +17,8 @@
 #include <mutex>
 
 namespace {
+
+std::atomic<FILE*> messageStream{stdout};
 
 constexpr int kMaxPorts = 16;
 constexpr int kReceiveSize = 255;
@@ -116,8 +119,9 @@ int UART_Open(const char* path, int baudrate, UART_MODE mode, UART_TYPE type,
     } while (rc != 0 && errno == EINTR);
     int locked = rc == 0;
     if (!locked) syslog(LOG_ERR, "Locking device %s failed", path);
-    printf(locked ? "Locking device %s successfully" : "Locking device %s failed", path);
-    fflush(stdout);
+    FILE* out = messageStream.load();
+    fprintf(out, locked ? "Locking device %s successfully" : "Locking device %s failed", path);
+    fflush(out);
 
     struct termios saved;
     memset(&saved, 0, sizeof saved);
@@ -232,4 +236,8 @@ long long getCurrentMiliSecs() {
     struct timeval tv;
     gettimeofday(&tv, nullptr);
     return static_cast<long long>(tv.tv_sec) * 1000 + tv.tv_usec / 1000;
+}
+
+void UART_SetMessageStream(FILE* stream) {
+    messageStream = stream != nullptr ? stream : stdout;
 }

@@ -4,6 +4,7 @@
 #include <termios.h>
 
 #include <cstddef>
+#include <cstdio>
 
 typedef enum { BLKING = 0, NONBLKING = 1 } UART_MODE;
 typedef enum { RS232 = 0, RS485 = 1 } UART_TYPE;
@@ -20,6 +21,10 @@ int UART_Send(int fd, char* data, int hex);
 char* UART_Receive(int fd);
 int IsUTF8(const char* str, size_t len);
 long long getCurrentMiliSecs();
+
+// Where the port layer's own text ("Locking device ...") goes: stdout unless a program
+// that keeps stdout for its results (brdcan, brdflash) chooses stderr.
+void UART_SetMessageStream(FILE* stream);
 
 // The termios record that init_MCU hands to UART_Open for a given numeric baud rate.
 struct termios UART_LinkSettings(int baudrate);
