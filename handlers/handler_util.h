@@ -1,17 +1,20 @@
-// What every command handler shares: printf-style text into strings, product-model
-// sets, and the one request/report exchange on the system-MCU link.
+// What the handlers share beyond the core: short fixed-capacity lists that rows hold by
+// value, and the product-model sets written with them.
 #pragma once
 
 #include <initializer_list>
-#include <string>
+#include <span>
 
-#include "launch.h"
+#include "context.h"
+#include "exchange.h"
+#include "product.h"
+#include "prompt.h"
+#include "report.h"
+#include "text.h"
 
-// printf into a std::string.
-std::string strprintf(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
-// The same with a format that comes from a table row; the arguments a format does not
-// use are ignored.
-std::string rowprintf(const char* fmt, ...);
+using core::printText;
+using core::rowprintf;
+using core::strprintf;
 
 // A short fixed-capacity list that table rows can hold by value and build in constant
 // expressions (a product set, the options of a menu, request bytes).
@@ -27,18 +30,18 @@ struct FixedList {
     constexpr const T* begin() const { return items; }
     constexpr const T* end() const { return items + count; }
     constexpr const T& operator[](int i) const { return items[i]; }
+    constexpr std::span<const T> span() const { return {items, static_cast<size_t>(count)}; }
 };
 
-// A set of product models as compared with szProductName: every name keeps its "\n".
+// A set of product models, each written without its line end.
 using Models = FixedList<const char*, 16>;
 
-bool productIn(const Models& models, const char* product);
+inline bool productIn(const Models& models, const char* product) {
+    return core::productIn(models.span(), product);
+}
 // Both sets in one.
 constexpr Models operator+(const Models& a, const Models& b) {
     Models all = a;
     for (const char* m : b) all.items[all.count++] = m;
     return all;
 }
-
-// Writes text to stdout as it is.
-void printText(const std::string& text);

@@ -377,15 +377,11 @@ int receive(MCU_CONTENT* mcu_content, BYTE* dataOut, int* dataOutLen) {
     return MCU_RESULT_OK;
 }
 
-int sendCMD(MCU_CONTENT* mcu_content, int index, BYTE* data, int dataLen, BYTE* dataOut,
-            int* dataOutLen) {
-    MCU_CONTENT* m = mcu_content;
-    // Claim the link: the caller's thread and the send thread may both send.
-    BYTE idle = 0;
-    if (!m->lock.compare_exchange_strong(idle, 1)) {
-        syslog(LOG_ERR, "[sendCMD] MCU BUSY !!!");
-        return MCU_RESULT_BUSY;
-    }
+namespace {
+
+// sendCMD after the link has been claimed (lock set to 1 by this caller).
+int sendClaimed(MCU_CONTENT* m, int index, const BYTE* data, int dataLen, BYTE* dataOut,
+                int* dataOutLen) {
     bool attempted = false;
     int result = mcu_detail::writeRequest(m, index, data, dataLen, &attempted);
     if (result <= 0) {
@@ -418,4 +414,33 @@ int sendCMD(MCU_CONTENT* mcu_content, int index, BYTE* data, int dataLen, BYTE* 
     if (waited == 1) return receive(m, dataOut, dataOutLen);
     if (waited == MCU_RESULT_TIMEOUT) return MCU_RESULT_TIMEOUT;
     return MCU_RESULT_NONE;
+}
+
+// Claims the link: the caller's thread and the send thread may both send.
+bool claim(MCU_CONTENT* m) {
+    BYTE idle = 0;
+    if (m->lock.compare_exchange_strong(idle, 1)) return true;
+    syslog(LOG_ERR, "[sendCMD] MCU BUSY !!!");
+    return false;
+}
+
+}  // namespace
+
+int sendCMD(MCU_CONTENT* mcu_content, int index, BYTE* data, int dataLen, BYTE* dataOut,
+            int* dataOutLen) {
+    if (!claim(mcu_content)) return MCU_RESULT_BUSY;
+    return sendClaimed(mcu_content, index, data, dataLen, dataOut, dataOutLen);
+}
+
+int sendCMDAs(MCU_CONTENT* mcu_content, int mcuType, int mode, int index, const BYTE* data,
+              int dataLen, BYTE* dataOut, int* dataOutLen) {
+    if (!claim(mcu_content)) return MCU_RESULT_BUSY;
+    // No answer is outstanding now, and none can arrive for this request before it is
+    // written: the receive thread picks its decoder from these once bytes are in.
+    mcu_content->mcuType = mcuType;
+    if (mcuType == MCU_TYPE_NXP)
+        mcu_content->nxpMode = mode;
+    else if (mcuType == MCU_TYPE_ST)
+        mcu_content->stMode = mode;
+    return sendClaimed(mcu_content, index, data, dataLen, dataOut, dataOutLen);
 }

@@ -189,6 +189,10 @@ void pushCommandToPoolCustomise(MCU_CONTENT* mcu_content, int index, BYTE* cmdDa
 cmd* getCommandByIndex(MCU_CONTENT* mcu_content, int index);
 int sendCMD(MCU_CONTENT* mcu_content, int index, BYTE* data, int dataLen, BYTE* dataOut,
             int* dataOutLen);
+// sendCMD that first sets the link's controller type and mode (stMode for ST, nxpMode
+// for NXP), once the link is claimed: never while another request awaits its answer.
+int sendCMDAs(MCU_CONTENT* mcu_content, int mcuType, int mode, int index, const BYTE* data,
+              int dataLen, BYTE* dataOut, int* dataOutLen);
 int receive(MCU_CONTENT* mcu_content, BYTE* dataOut, int* dataOutLen);
 int WaitForRecevData(MCU_CONTENT* mcu_content, unsigned long timeout);
 void Register_MCU_EventCallBack(BYTE byByte1, BYTE byByte2, void (*callback)(CALLBACK_DATA));

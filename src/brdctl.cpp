@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
     if (fConfig == nullptr) return -1;
 
     BYTE DataIn[MAX_DATA_IN] = {};
-    BYTE DataOut[SHARED_BUFFER_SIZE] = {};
+    BYTE DataOut[RESPONSE_BUFFER_SIZE] = {};
     int DataOutLength = 0;
     char simple_funName[128] = {};
     char funName[128] = {};

@@ -1,5 +1,5 @@
-// The command pools, the raw command path, the standard result report and the
-// number prompt that every handler shares.
+// The command pools filled from the table's link column, the raw command path and the
+// handlers of the rows that have no decoding handler of their own.
 #include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -7,40 +7,13 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <string>
-#include <thread>
-
 #include "function_MAP.h"
 #include "launch.h"
-
-MCU_CONTENT* mcu_content = nullptr;
-int nMCUDevice = 0;
-MCU_CONTENT* can_content[MAX_CAN_DEVICE] = {};
-int nCANDevice = 0;
-int currentCANDevice = 0;
-int CAN1_fd = -1;
-int CAN2_fd = -1;
-char szProductName[64] = {};
-BYTE data[SHARED_BUFFER_SIZE] = {};
-BYTE dataOut[SHARED_BUFFER_SIZE] = {};
-int dataOutLength = 0;
-
-const char* g_progName = "brdctl";
-FILE* g_input = stdin;
-
-const char* const RULE56 = "========================================================";
-const char* const SEPARATOR26 = "==========================";
-const char* const SELECT_PROMPT = "Select which option you want to do:";
 
 std::atomic<bool> EXIT_LOOP{false};
 std::atomic<unsigned int> receiveCANDataCountOnAP{0};
 
 namespace {
-
-bool isCanRow(const char* name) {
-    return strstr(name, "NXP_") != nullptr || strstr(name, "ST_CAN") != nullptr;
-}
 
 void appendToPool(MCU_CONTENT* ctx, int index, const FUNCTION_MAP_ENTRY& row) {
     if (ctx == nullptr || ctx->cmd_count >= CMD_POOL_SIZE) return;
@@ -58,12 +31,6 @@ void appendToPool(MCU_CONTENT* ctx, int index, const FUNCTION_MAP_ENTRY& row) {
     ctx->cmd_count++;
 }
 
-MCU_CONTENT* poolFor(const char* name) {
-    if (!isCanRow(name)) return mcu_content;
-    if (nCANDevice < 1 || currentCANDevice < 0 || currentCANDevice >= nCANDevice) return nullptr;
-    return can_content[currentCANDevice];
-}
-
 }  // namespace
 
 int INIT_CMD_POOL() {
@@ -72,7 +39,7 @@ int INIT_CMD_POOL() {
     for (size_t i = 0; i < function_map_count; ++i) {
         const FUNCTION_MAP_ENTRY& row = function_map[i];
         if (row.cmd[0] == -1) continue;
-        if (!isCanRow(row.name)) {
+        if (row.link == core::Link::SystemMcu) {
             if (nMCUDevice < 1 || mcu_content == nullptr) continue;
             appendToPool(mcu_content, ++systemCount, row);
         } else {
@@ -95,7 +62,8 @@ int FIND_FunName(const char* needle, char* dst) {
 }
 
 int findCommandIndex(const char* name, int* index) {
-    MCU_CONTENT* ctx = poolFor(name);
+    const FUNCTION_MAP_ENTRY* row = findFunctionEntry(name);
+    MCU_CONTENT* ctx = core::linkFor(row ? row->link : core::Link::SystemMcu);
     if (ctx == nullptr) return 1;
     for (int i = 0; i < ctx->cmd_count; ++i) {
         if (strcmp(ctx->cmd_pool[i].funName, name) == 0) {
@@ -117,130 +85,25 @@ int LAUNCH_MCU_COMMAND(char* funName, BYTE* DataIn, int DataInLength, BYTE* Data
     int index = 0;
     findCommandIndex(funName, &index);
     if (mcu_content == nullptr) return MCU_RESULT_OPEN_FAIL;
-    mcu_content->mcuType = MCU_TYPE_ST;
-    mcu_content->stMode = ST_MODE_AP;
-    int result = 0;
-    for (int attempt = 0; attempt < 20; ++attempt) {
-        result = sendCMD(mcu_content, index, DataIn, DataInLength, DataOut, DataOutLength);
-        if (result == 1) break;
-        usleep(1000);
+    const core::Answer answer =
+        core::exchangeRetrying(mcu_content, MCU_TYPE_ST, ST_MODE_AP, index,
+                               {DataIn, static_cast<size_t>(DataInLength > 0 ? DataInLength : 0)});
+    if (answer.ok()) {
+        memcpy(DataOut, answer.bytes.data(), static_cast<size_t>(answer.length));
+        *DataOutLength = answer.length;
     }
-    if (result == 1) usleep(1000);
     // The MCU needs time to start storing its flash before anything else is sent.
     if (strcmp(funName, "ST_SYSTEM_SET_20_01_FLASH_UPDATE") == 0) usleep(500 * 1000);
-    return result;
-}
-
-int check_result(int fd, int mode, int result, void* dataPtr, int length, char* funName) {
-    const BYTE* bytes = static_cast<const BYTE*>(dataPtr);
-    puts(RULE56);
-    switch (result) {
-        case 1:
-            printf("result data length = %d\n", length);
-            for (int i = 0; i < length; ++i) printf("result data %d = %#x\n", i, bytes[i]);
-            break;
-        case 0:
-            printf("fd(%d) %s : Failure !!!\n\n", fd, funName);
-            break;
-        case -1:
-            printf("fd(%d) %s : Fail to open serial port !!!\n\n", fd, funName);
-            break;
-        case -2:
-            printf("fd(%d) %s : Fail to write data to MCU !!!\n\n", fd, funName);
-            break;
-        case -4:
-            printf("fd(%d) %s : Request Timeout !!!\n\n", fd, funName);
-            break;
-        case -7:
-            printf("fd(%d) %s : Data Format Error !!!\n\n", fd, funName);
-            break;
-        case -8:
-            printf("fd(%d) %s : CRC Error !!!\n\n", fd, funName);
-            break;
-        case -20:
-            printf("fd(%d) %s : No Command !!!\n\n", fd, funName);
-            break;
-        default:
-            break;
-    }
-    int verdict = result;
-    bool printVerdict = true;
-    switch (mode) {
-        case 0:
-        case 2:
-            verdict = result == 1 ? 1 : result;
-            break;
-        case 1:
-            verdict = (result == 1 && length > 1 && bytes[1] == 1) ? 1 : 0;
-            break;
-        case 3:
-            verdict = (result == 1 && length > 0 && bytes[0] == 1) ? 1 : 0;
-            break;
-        default:
-            printVerdict = false;
-            verdict = result == 1 ? 1 : result;
-            break;
-    }
-    if (printVerdict) {
-        if (verdict == 1)
-            printf("fd(%d) %s command executed successfully.\n", fd, funName);
-        else
-            printf("fd(%d) %s command executed unsuccessfully !!!\n", fd, funName);
-    }
-    puts(RULE56);
-    return verdict;
-}
-
-int stExchange(int cmdIndex, int dataLength, int mode, char* funName) {
-    memset(dataOut, 0, sizeof dataOut);
-    dataOutLength = 0;
-    if (mcu_content == nullptr)
-        return check_result(-1, mode, MCU_RESULT_OPEN_FAIL, dataOut, 0, funName);
-    mcu_content->mcuType = MCU_TYPE_ST;
-    mcu_content->stMode = ST_MODE_AP;
-    int result = sendCMD(mcu_content, cmdIndex, data, dataLength, dataOut, &dataOutLength);
-    return check_result(mcu_content->fd, mode, result, dataOut, dataOutLength, funName);
-}
-
-int checkSelect(int* value, int min, int max) {
-    fflush(stdout);
-    char* line = nullptr;
-    size_t cap = 0;
-    int result = 0;
-    for (;;) {
-        ssize_t n = getline(&line, &cap, g_input);
-        if (n < 0) {
-            fprintf(stderr, "%s: input ended\n", g_progName);
-            break;
-        }
-        char* end = nullptr;
-        errno = 0;
-        long v = strtol(line, &end, 10);
-        bool number = end != line && errno == 0;
-        while (number && *end != '\0') {
-            if (*end != ' ' && *end != '\t' && *end != '\n' && *end != '\r') number = false;
-            ++end;
-        }
-        if (!number) {
-            printf("\nInput Error !!! Please input a number.\n");
-            fflush(stdout);
-            continue;
-        }
-        if (v < min || v > max) {
-            printf("\nSelect Error !!! Please select a option again.\n");
-            fflush(stdout);
-            continue;
-        }
-        *value = static_cast<int>(v);
-        result = 1;
-        break;
-    }
-    free(line);
-    return result;
+    return answer.result;
 }
 
 int FUNC_GENERIC(int cmdIndex, char* funName) {
-    return stExchange(cmdIndex, 0, 2, funName);
+    const FUNCTION_MAP_ENTRY* row = findFunctionEntry(funName);
+    const core::Link link = row ? row->link : core::Link::SystemMcu;
+    const int type = row ? row->mcuType : MCU_TYPE_ST;
+    MCU_CONTENT* ctx = core::linkFor(link);
+    const core::Answer answer = core::exchange(ctx, type, core::apModeOf(type), cmdIndex);
+    return core::report(ctx, REPORT_STANDARD, answer, funName);
 }
 
 int FUNC_RESERVED(int cmdIndex, char* funName) {

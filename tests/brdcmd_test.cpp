@@ -20,18 +20,19 @@ namespace {
 using brdcmd::Match;
 
 // A small table with the shapes resolution has to tell apart.
+constexpr core::Link SYS = core::Link::SystemMcu;
 const FUNCTION_MAP_ENTRY kRows[] = {
-    {"ST_SYSTEM_GET_01_01_MCU_VERSION", nullptr, {0, 2, 1, -1}},
-    {"ST_SYSTEM_GET_01_01_MCU_VERSION_EXT", nullptr, {0, 2, 1, -1}},
-    {"ST_SYSTEM_GET_0A_01_IGNITION_STATUS", nullptr, {0, 2, 10, -1}},
-    {"ST_SYSTEM_SET_0A_01_IGNITION", nullptr, {0, 3, 10, -1}},
-    {"ST_SYSTEM_GET_0B_01_TWICE", nullptr, {0, 2, 11, -1}},
-    {"ST_SYSTEM_GET_0B_01_TWICE", nullptr, {0, 2, 12, -1}},
-    {"ST_BKP_GET_00_00_RESERVED", nullptr, {-1}},
-    {"FM_SET_FREQ", nullptr, {241, 3, 0, 242, -1}},
-    {"DSU_FM_SET_FREQ_MODE", nullptr, {12, 3, 5, -1}},
-    {"TPMS_ATB01_DISPLAY_MODE", nullptr, {65, 84, 66, 48, 49, -1}},
-    {"ST_RAW_STATUS", nullptr, {9, 2, 1, -1}},
+    {"ST_SYSTEM_GET_01_01_MCU_VERSION", nullptr, {0, 2, 1, -1}, SYS, MCU_TYPE_ST},
+    {"ST_SYSTEM_GET_01_01_MCU_VERSION_EXT", nullptr, {0, 2, 1, -1}, SYS, MCU_TYPE_ST},
+    {"ST_SYSTEM_GET_0A_01_IGNITION_STATUS", nullptr, {0, 2, 10, -1}, SYS, MCU_TYPE_ST},
+    {"ST_SYSTEM_SET_0A_01_IGNITION", nullptr, {0, 3, 10, -1}, SYS, MCU_TYPE_ST},
+    {"ST_SYSTEM_GET_0B_01_TWICE", nullptr, {0, 2, 11, -1}, SYS, MCU_TYPE_ST},
+    {"ST_SYSTEM_GET_0B_01_TWICE", nullptr, {0, 2, 12, -1}, SYS, MCU_TYPE_ST},
+    {"ST_BKP_GET_00_00_RESERVED", nullptr, {-1}, SYS, MCU_TYPE_ST},
+    {"FM_SET_FREQ", nullptr, {241, 3, 0, 242, -1}, SYS, MCU_TYPE_ST},
+    {"DSU_FM_SET_FREQ_MODE", nullptr, {12, 3, 5, -1}, SYS, MCU_TYPE_ST},
+    {"TPMS_ATB01_DISPLAY_MODE", nullptr, {65, 84, 66, 48, 49, -1}, SYS, MCU_TYPE_ST},
+    {"ST_RAW_STATUS", nullptr, {9, 2, 1, -1}, SYS, MCU_TYPE_ST},
 };
 
 TEST(BrdcmdResolve, PicksExactThenPrefixThenSubstring) {

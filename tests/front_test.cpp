@@ -16,7 +16,8 @@ namespace {
 std::string report(int mode, int result, std::vector<BYTE> bytes, int* verdict) {
     char name[] = "ST_SYSTEM_GET_0A_01_IGNITION_STATUS";
     testing::internal::CaptureStdout();
-    *verdict = check_result(7, mode, result, bytes.data(), static_cast<int>(bytes.size()), name);
+    *verdict = check_result(7, static_cast<ReportMode>(mode), result, bytes.data(),
+                            static_cast<int>(bytes.size()), name);
     return testing::internal::GetCapturedStdout();
 }
 
@@ -102,15 +103,14 @@ TEST(CheckSelect, ParsesWholeLines) {
     };
     for (const SelectCase& c : cases) {
         std::string in = c.input;
-        g_input = in.empty() ? fopen("/dev/null", "r") : fmemopen(in.data(), in.size(), "r");
+        FILE* input = in.empty() ? fopen("/dev/null", "r") : fmemopen(in.data(), in.size(), "r");
         int value = -77;
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        int r = checkSelect(&value, c.min, c.max);
+        int r = checkSelect(input, &value, c.min, c.max);
         std::string out = testing::internal::GetCapturedStdout();
         std::string err = testing::internal::GetCapturedStderr();
-        fclose(g_input);
-        g_input = stdin;
+        fclose(input);
         EXPECT_EQ(r, c.ret) << c.input;
         EXPECT_EQ(value, c.value) << c.input;
         EXPECT_EQ(out, c.out) << c.input;
@@ -156,7 +156,7 @@ TEST(LaunchCommand, FlashUpdatePausesHalfASecond) {
     char flash[] = "ST_SYSTEM_SET_20_01_FLASH_UPDATE";
     char other[] = "ST_SYSTEM_SET_4B_01_BUZZER_CONTROL";
     BYTE in[1] = {1};
-    BYTE out[SHARED_BUFFER_SIZE];
+    BYTE out[RESPONSE_BUFFER_SIZE];
     int outLen = 0;
     auto t0 = std::chrono::steady_clock::now();
     EXPECT_EQ(LAUNCH_MCU_COMMAND(flash, in, 1, out, &outLen), 1);

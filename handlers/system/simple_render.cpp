@@ -125,11 +125,13 @@ std::string renderGet(const GetRow& row, int fd, const BYTE* bytes, int length,
 }
 
 int runGet(const GetRow& row, int cmdIndex, char* funName) {
-    if (row.off == OffProduct::Silent && !getServes(row, szProductName)) return 0;
-    for (int i = 0; i < row.request.count; ++i) data[i] = row.request[i];
-    int verdict = stExchange(cmdIndex, row.request.count, 2, funName);
+    const core::HandlerContext ctx = core::handlerContext();
+    if (row.off == OffProduct::Silent && !getServes(row, ctx.product)) return 0;
+    const core::Answer answer =
+        core::exchange(ctx.systemLink, MCU_TYPE_ST, ST_MODE_AP, cmdIndex, row.request.span());
+    int verdict = core::report(ctx.systemLink, REPORT_STANDARD, answer, funName);
     if (verdict != 1) return verdict;
-    printText(renderGet(row, mcu_content->fd, dataOut, dataOutLength, szProductName));
+    printText(renderGet(row, ctx.systemLink->fd, answer.bytes.data(), answer.length, ctx.product));
     return 1;
 }
 
@@ -186,13 +188,14 @@ std::string renderSetResult(const SetRow& row, int fd, const BYTE* bytes, int le
 }
 
 int runSet(const SetRow& row, int cmdIndex, char* funName) {
-    const Variant* variant = pickVariant(row, szProductName);
+    const core::HandlerContext ctx = core::handlerContext();
+    const Variant* variant = pickVariant(row, ctx.product);
     if (!variant && row.off == OffModel::Gate) return 0;
-    memset(data, 0, 4);
-    for (int i = 0; i < row.init.count; ++i) data[i] = row.init[i];
+    BYTE request[4] = {};
+    for (int i = 0; i < row.init.count; ++i) request[i] = row.init[i];
     if (row.title) printText(std::string(row.title) + "\n");
     if (!variant && row.off == OffModel::NotSupported) {
-        printText(renderNotSupported(row, szProductName));
+        printText(renderNotSupported(row, ctx.product));
         return 1;
     }
     if (variant) {
@@ -202,14 +205,16 @@ int runSet(const SetRow& row, int cmdIndex, char* funName) {
             if (step.ifPrevious && previous == 0) continue;
             printText(renderStep(step));
             int value = 0;
-            if (!checkSelect(&value, step.min, step.max)) return 0;  // input ended
-            applyAnswer(step, value, data);
+            if (!checkSelect(ctx.input, &value, step.min, step.max)) return 0;  // input ended
+            applyAnswer(step, value, request);
             previous = value;
         }
     }
-    int verdict = stExchange(cmdIndex, row.length, 3, funName);
+    const core::Answer answer = core::exchange(ctx.systemLink, MCU_TYPE_ST, ST_MODE_AP, cmdIndex,
+                                               {request, static_cast<size_t>(row.length)});
+    int verdict = core::report(ctx.systemLink, REPORT_ACK_FIRST, answer, funName);
     if (verdict != 1) return verdict;
-    printText(renderSetResult(row, mcu_content->fd, dataOut, dataOutLength));
+    printText(renderSetResult(row, ctx.systemLink->fd, answer.bytes.data(), answer.length));
     return verdict;
 }
 

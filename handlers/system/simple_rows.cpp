@@ -30,26 +30,25 @@ namespace {
 
 // ---------------------------------------------------------------- product sets
 
-constexpr Models SUPPLY_10MV = {"KX25\n", "KX60\n", "KX34\n"};
-constexpr Models PANEL_MODELS = {"KX23\n", "KX30\n"};
-constexpr Models BACKUP_TEMP_MODELS = {"KX32\n"};
-constexpr Models KEY_LED_MODELS = {"KX35\n", "KX34\n"};
-constexpr Models POWER_BOARD_MODELS = {"KX73\n"};
-constexpr Models AUTO_BACKLIGHT_MODELS = {"KX34\n", "KX30\n"};
-constexpr Models EXT12V_ENABLE = {"KX42\n", "KX47\n", "KX48\n"};
-constexpr Models EXT12V_POWER = {"KX65\n", "KX56\n", "KX57\n", "KX59\n", "KX71\n"};
-constexpr Models ODOMETER_MODELS = {"KX56\n", "KX71\n"};
-constexpr Models RTC_BATTERY_MV = {"KX71\n"};
-constexpr Models RTC_BATTERY_MODELS = RTC_BATTERY_MV + Models{"KX57\n", "KX59\n"};
-constexpr Models GPS_ANTENNA = {"KX71\n"};
-constexpr Models MUTE_ONE = {"KX32\n", "KX29\n"};
-constexpr Models MUTE_TWO = {"KX22\n", "KX23\n", "KX24\n", "KX36\n"};
-constexpr Models MUTE_ONE_SET = MUTE_ONE + Models{"KX31\n", "KX35\n"};
-constexpr Models CAN_POWER_ONE = {"KX02\n", "KX21\n", "KX24\n", "KX38\n", "KX46\n",
-                                  "KX54\n", "KX70\n", "KX40\n", "KX41\n", "KX65\n"};
-constexpr Models CAN_POWER_TWO = {"KX22\n"};
-constexpr Models SIM_DETECT_MODELS = {"KX25\n", "KX42\n", "KX13\n", "KX14\n",
-                                      "KX05\n", "KX08\n", "KX10\n"};
+constexpr Models SUPPLY_10MV = {"KX25", "KX60", "KX34"};
+constexpr Models PANEL_MODELS = {"KX23", "KX30"};
+constexpr Models BACKUP_TEMP_MODELS = {"KX32"};
+constexpr Models KEY_LED_MODELS = {"KX35", "KX34"};
+constexpr Models POWER_BOARD_MODELS = {"KX73"};
+constexpr Models AUTO_BACKLIGHT_MODELS = {"KX34", "KX30"};
+constexpr Models EXT12V_ENABLE = {"KX42", "KX47", "KX48"};
+constexpr Models EXT12V_POWER = {"KX65", "KX56", "KX57", "KX59", "KX71"};
+constexpr Models ODOMETER_MODELS = {"KX56", "KX71"};
+constexpr Models RTC_BATTERY_MV = {"KX71"};
+constexpr Models RTC_BATTERY_MODELS = RTC_BATTERY_MV + Models{"KX57", "KX59"};
+constexpr Models GPS_ANTENNA = {"KX71"};
+constexpr Models MUTE_ONE = {"KX32", "KX29"};
+constexpr Models MUTE_TWO = {"KX22", "KX23", "KX24", "KX36"};
+constexpr Models MUTE_ONE_SET = MUTE_ONE + Models{"KX31", "KX35"};
+constexpr Models CAN_POWER_ONE = {"KX02", "KX21", "KX24", "KX38", "KX46",
+                                  "KX54", "KX70", "KX40", "KX41", "KX65"};
+constexpr Models CAN_POWER_TWO = {"KX22"};
+constexpr Models SIM_DETECT_MODELS = {"KX25", "KX42", "KX13", "KX14", "KX05", "KX08", "KX10"};
 
 // ---------------------------------------------------------------- shapes
 

@@ -5,7 +5,6 @@
 
 #include <string>
 
-#include "function_MAP.h"
 #include "handler_util.h"
 
 namespace simple {

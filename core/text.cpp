@@ -1,24 +1,22 @@
-// Formatting, product sets and the system-MCU exchange shared by the handlers.
-#include "handler_util.h"
+// printf into strings.
+#include "text.h"
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
+
+namespace core {
 
 namespace {
+
 std::string vformat(const char* fmt, va_list args) {
     va_list again;
     va_copy(again, args);
     char small[256];
     int n = vsnprintf(small, sizeof small, fmt, args);
     std::string out;
-    if (n < 0) {
-        va_end(again);
-        return out;
-    }
-    if (static_cast<size_t>(n) < sizeof small) {
+    if (n >= 0 && static_cast<size_t>(n) < sizeof small) {
         out.assign(small, static_cast<size_t>(n));
-    } else {
+    } else if (n >= 0) {
         out.resize(static_cast<size_t>(n) + 1);
         vsnprintf(out.data(), out.size(), fmt, again);
         out.resize(static_cast<size_t>(n));
@@ -26,6 +24,7 @@ std::string vformat(const char* fmt, va_list args) {
     va_end(again);
     return out;
 }
+
 }  // namespace
 
 std::string strprintf(const char* fmt, ...) {
@@ -44,13 +43,9 @@ std::string rowprintf(const char* fmt, ...) {
     return out;
 }
 
-bool productIn(const Models& models, const char* product) {
-    for (const char* m : models)
-        if (strcmp(m, product) == 0) return true;
-    return false;
-}
-
 void printText(const std::string& text) {
     fwrite(text.data(), 1, text.size(), stdout);
     fflush(stdout);
 }
+
+}  // namespace core
