@@ -17,7 +17,9 @@
 #include <deque>
 #include <optional>
 
+#include "fm_module.h"
 #include "mcu_base.h"
+#include "tpms.h"
 
 namespace brdsim {
 
@@ -31,6 +33,7 @@ constexpr uint8_t CMD_EVENT = 0x04;
 constexpr uint8_t SET_ACK = 0x01;
 constexpr uint8_t CAN_STREAM_DEVICE = 0x06;
 constexpr size_t MAX_REQUEST_BYTES = 4096;  // a request longer than this is junk
+constexpr size_t MAX_LINE_LOG = 1 << 20;     // bytes from the host kept for tests
 // Junk that holds no start, end or escape code.
 const Bytes kGarbage = {0x55, 0xAA, 0x13, 0x37};
 
@@ -99,6 +102,7 @@ struct Simulator::Impl {
     Bytes inFrame;  // the request being received, from its start code
     bool inRequest = false;
     Bytes outBuf;  // bytes the line did not take yet
+    AsciiCommandMatcher ascii;  // the TPMS receiver's commands between frames
 
     // Shared with the callers, under `mu`.
     mutable std::mutex mu;
@@ -107,6 +111,8 @@ struct Simulator::Impl {
     std::map<std::pair<uint8_t, uint8_t>, Bytes> registers;
     std::deque<Fault> faults;
     std::vector<Request> log;
+    Bytes lineIn;  // every byte the host wrote, up to MAX_LINE_LOG
+    FmState fm;
     struct Timed {
         Clock::time_point due;
         uint64_t seq;
@@ -190,7 +196,76 @@ struct Simulator::Impl {
         return {SET_ACK};
     }
 
+    // Sends `reply` as the fault asks (those that make sense for any kind of answer).
+    void deliver(Bytes reply, const std::optional<Fault>& fault) {
+        FaultKind kind = fault ? fault->kind : FaultKind::WrongCommand;  // no fault: as it is
+        if (kind == FaultKind::NoAnswer || kind == FaultKind::HangUp) {
+            if (kind == FaultKind::HangUp) hangUp();
+            return;
+        }
+        if (kind == FaultKind::LateAnswer || kind == FaultKind::SplitAnswer) {
+            size_t keep = kind == FaultKind::SplitAnswer ? reply.size() / 2 : 0;
+            {
+                std::lock_guard<std::mutex> g(mu);
+                schedule(Clock::now() + std::chrono::milliseconds(fault->delayMs),
+                         Bytes(reply.begin() + static_cast<long>(keep), reply.end()));
+            }
+            reply.resize(keep);
+        } else if (kind == FaultKind::GarbageBefore) {
+            reply.insert(reply.begin(), kGarbage.begin(), kGarbage.end());
+        }
+        if (!reply.empty()) send(reply);
+    }
+
+    // Takes the next fault for a request. Caller holds `mu`.
+    std::optional<Fault> nextFault() {
+        if (faults.empty()) return std::nullopt;
+        Fault f = faults.front();
+        if (--faults.front().count <= 0) faults.pop_front();
+        return f;
+    }
+
+    // A frame for the FM module: answered from its state, never by the system MCU.
+    void handleFm(Bytes raw) {
+        Request r;
+        r.kind = RequestKind::Fm;
+        r.raw = std::move(raw);
+        Bytes frame = fmUnescape(r.raw);
+        r.command = frame[1];
+        if (frame.size() > 3) r.data.assign(frame.begin() + 2, frame.end() - 1);
+        Bytes reply;
+        std::optional<Fault> fault;
+        {
+            std::lock_guard<std::mutex> g(mu);
+            fault = nextFault();
+            bool wrong = fault && fault->kind == FaultKind::WrongCommand;
+            reply = encodeFmFrame(fmAnswer(fm, frame, wrong));
+            log.push_back(std::move(r));
+        }
+        requestCond.notify_all();
+        deliver(std::move(reply), fault);
+    }
+
+    // The TPMS receiver's display-mode command, sent as plain ASCII.
+    void handleAscii() {
+        Request r;
+        r.kind = RequestKind::Ascii;
+        r.raw.assign(TPMS_DISPLAY_MODE, TPMS_DISPLAY_MODE + sizeof TPMS_DISPLAY_MODE - 1);
+        std::optional<Fault> fault;
+        {
+            std::lock_guard<std::mutex> g(mu);
+            fault = nextFault();
+            log.push_back(std::move(r));
+        }
+        requestCond.notify_all();
+        deliver(tpmsDisplayModeAnswer(), fault);
+    }
+
     void handleRequest(Bytes raw) {
+        if (isFmFrame(raw)) {
+            handleFm(std::move(raw));
+            return;
+        }
         Request r;
         r.raw = std::move(raw);
         Bytes plain(r.raw.size());
@@ -253,9 +328,15 @@ struct Simulator::Impl {
     // Takes the bytes of one read: request frames run from a start code to an end code;
     // bytes outside a frame are ignored.
     void feed(const uint8_t* p, size_t n) {
+        {
+            std::lock_guard<std::mutex> g(mu);
+            lineIn.insert(lineIn.end(), p, p + std::min(n, MAX_LINE_LOG - lineIn.size()));
+        }
         for (size_t i = 0; i < n && master; ++i) {
             uint8_t b = p[i];
-            if (b == ST_START_CODE_F1) {
+            if (!inRequest && b != ST_START_CODE_F1) {
+                if (ascii.feed(b)) handleAscii();
+            } else if (b == ST_START_CODE_F1) {
                 inRequest = true;
                 inFrame.assign(1, b);
             } else if (inRequest) {
@@ -341,6 +422,7 @@ struct Simulator::Impl {
 
 Simulator::Simulator(std::string product) : product_(std::move(product)), impl_(new Impl) {
     impl_->product = product_;
+    impl_->fm = fmDefaults(product_);
 }
 
 Simulator::~Simulator() {
@@ -482,6 +564,22 @@ std::vector<Request> Simulator::requests() const {
 void Simulator::clearRequests() {
     std::lock_guard<std::mutex> g(impl_->mu);
     impl_->log.clear();
+    impl_->lineIn.clear();
+}
+
+Bytes Simulator::lineBytes() const {
+    std::lock_guard<std::mutex> g(impl_->mu);
+    return impl_->lineIn;
+}
+
+FmState Simulator::fmState() const {
+    std::lock_guard<std::mutex> g(impl_->mu);
+    return impl_->fm;
+}
+
+void Simulator::setFmState(FmState state) {
+    std::lock_guard<std::mutex> g(impl_->mu);
+    impl_->fm = std::move(state);
 }
 
 size_t Simulator::requestCount() const {
