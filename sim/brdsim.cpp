@@ -33,7 +33,7 @@ constexpr uint8_t CMD_EVENT = 0x04;
 constexpr uint8_t SET_ACK = 0x01;
 constexpr uint8_t CAN_STREAM_DEVICE = 0x06;
 constexpr size_t MAX_REQUEST_BYTES = 4096;  // a request longer than this is junk
-constexpr size_t MAX_LINE_LOG = 1 << 20;     // bytes from the host kept for tests
+constexpr size_t MAX_LINE_LOG = 1 << 20;    // bytes from the host kept for tests
 // Junk that holds no start, end or escape code.
 const Bytes kGarbage = {0x55, 0xAA, 0x13, 0x37};
 
@@ -101,7 +101,7 @@ struct Simulator::Impl {
     std::atomic<bool> hungUp{false};
     Bytes inFrame;  // the request being received, from its start code
     bool inRequest = false;
-    Bytes outBuf;  // bytes the line did not take yet
+    Bytes outBuf;               // bytes the line did not take yet
     AsciiCommandMatcher ascii;  // the TPMS receiver's commands between frames
 
     // Shared with the callers, under `mu`.
