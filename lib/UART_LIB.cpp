@@ -19,6 +19,7 @@
 namespace {
 
 std::atomic<FILE*> messageStream{stdout};
+std::atomic<const char*> programName{"brdctl"};
 
 constexpr int kMaxPorts = 16;
 constexpr int kReceiveSize = 255;
@@ -37,6 +38,13 @@ struct PortState {
 std::mutex g_portMutex;
 PortState g_ports[kMaxPorts];
 std::unique_ptr<char[]> g_lastReceive;  // the buffer last returned by UART_Receive
+
+// One stderr line for a port that refused a settings step; errno holds the reason.
+void reportPortFailure(const char* path, const char* what) {
+    int err = errno;
+    syslog(LOG_ERR, "%s: %s: %s", path, what, strerror(err));
+    fprintf(stderr, "%s: %s: %s: %s\n", programName.load(), path, what, strerror(err));
+}
 
 PortState* findPort(int fd) {
     for (auto& p : g_ports)
@@ -65,13 +73,26 @@ speed_t getBaudRate(int baudrate) {
 
 namespace {
 
+// The flags of the link's record. The local and output modes are ORed with the
+// complement of the wanted mask rather than ANDed: the resulting values are the ones the
+// controllers have always been driven with, so they are kept on purpose.
+constexpr tcflag_t kLinkControl = CS8 | CREAD | CLOCAL;
+constexpr tcflag_t kLinkLocal = ~static_cast<tcflag_t>(ISIG | ICANON | ECHO | ECHOE);
+constexpr tcflag_t kLinkOutput = ~static_cast<tcflag_t>(OPOST);
+static_assert(kLinkControl == 0x8B0, "the link's control flags");
+static_assert(kLinkLocal == 0xFFFFFFE4, "the link's local flags");
+static_assert(kLinkOutput == 0xFFFFFFFE, "the link's output flags");
+// Where the input-speed field (CIBAUD) starts in c_cflag: the kernel's IBSHIFT.
+constexpr int kInputSpeedShift = 16;
+static_assert((static_cast<tcflag_t>(CBAUD) << kInputSpeedShift) == CIBAUD, "input-speed field");
+
 struct termios makeTIO(int baudrate, UART_MODE mode) {
     struct termios t;
     memset(&t, 0, sizeof t);
-    t.c_cflag = getBaudRate(baudrate) | 0x8B0;  // CS8 | CREAD | CLOCAL
+    t.c_cflag = getBaudRate(baudrate) | kLinkControl;
     t.c_iflag = IGNPAR;
-    t.c_lflag |= 0xFFFFFFE4;
-    t.c_oflag |= 0xFFFFFFFE;
+    t.c_lflag |= kLinkLocal;
+    t.c_oflag |= kLinkOutput;
     t.c_cc[VMIN] = mode == BLKING ? 1 : 0;
     t.c_cc[VTIME] = 0;
     return t;
@@ -88,12 +109,33 @@ int initTIO(int baudrate, UART_MODE mode) {
 struct termios UART_LinkSettings(int baudrate) {
     struct termios t;
     memset(&t, 0, sizeof t);
-    t.c_cflag = static_cast<tcflag_t>(baudrate) | 0x8B0;
+    // The numeric rate itself is ORed in, as the controllers' record has always had it;
+    // UART_PortSettings corrects it at every rate but 115200.
+    t.c_cflag = static_cast<tcflag_t>(baudrate) | kLinkControl;
     t.c_iflag = IGNPAR;
-    t.c_lflag = 0xFFFFFFE4;
-    t.c_oflag = 0xFFFFFFFE;
+    t.c_lflag = kLinkLocal;
+    t.c_oflag = kLinkOutput;
     t.c_cc[VMIN] = 1;
     t.c_cc[VTIME] = 1;
+    return t;
+}
+
+struct termios UART_PortSettings(const struct termios* newtio, int baudrate, UART_MODE mode) {
+    if (!newtio) return makeTIO(baudrate, mode);
+    struct termios t = *newtio;
+    speed_t code = getBaudRate(baudrate);
+    t.c_cflag |= code;
+    // At 115200 the record stays as it always was: its stray bits fall in the input-speed
+    // field, which the serial drivers ignore in favour of the output speed.
+    if (baudrate == 115200) return t;
+    // At any other rate the numeric rate ORed in above sets parity, stop-bit or speed
+    // bits: make it 8N1 at the configured rate, both directions.
+    t.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CSTOPB | CBAUD | CIBAUD);
+    t.c_cflag |= CS8 | code | (static_cast<tcflag_t>(code) << kInputSpeedShift);
+#ifdef _HAVE_STRUCT_TERMIOS_C_ISPEED
+    t.c_ispeed = code;
+    t.c_ospeed = code;
+#endif
     return t;
 }
 
@@ -123,18 +165,13 @@ int UART_Open(const char* path, int baudrate, UART_MODE mode, UART_TYPE type,
     fprintf(out, locked ? "Locking device %s successfully" : "Locking device %s failed", path);
     fflush(out);
 
+    // A port that refuses a step is still used as it is; the user learns why.
     struct termios saved;
     memset(&saved, 0, sizeof saved);
-    tcgetattr(fd, &saved);
-    struct termios settings;
-    if (newtio) {
-        settings = *newtio;
-        settings.c_cflag |= getBaudRate(baudrate);
-    } else {
-        settings = makeTIO(baudrate, mode);
-    }
-    tcflush(fd, TCIFLUSH);
-    tcsetattr(fd, TCSANOW, &settings);
+    if (tcgetattr(fd, &saved) != 0) reportPortFailure(path, "cannot read its settings");
+    struct termios settings = UART_PortSettings(newtio, baudrate, mode);
+    if (tcflush(fd, TCIFLUSH) != 0) reportPortFailure(path, "cannot discard pending input");
+    if (tcsetattr(fd, TCSANOW, &settings) != 0) reportPortFailure(path, "cannot apply settings");
 
     std::lock_guard<std::mutex> g(g_portMutex);
     PortState* p = findPort(fd);
@@ -236,6 +273,10 @@ long long getCurrentMiliSecs() {
     struct timeval tv;
     gettimeofday(&tv, nullptr);
     return static_cast<long long>(tv.tv_sec) * 1000 + tv.tv_usec / 1000;
+}
+
+void UART_SetProgramName(const char* name) {
+    if (name) programName = name;
 }
 
 void UART_SetMessageStream(FILE* stream) {

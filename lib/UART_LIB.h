@@ -26,5 +26,12 @@ long long getCurrentMiliSecs();
 // that keeps stdout for its results (brdcan, brdflash) chooses stderr.
 void UART_SetMessageStream(FILE* stream);
 
+// The name that starts the layer's stderr lines ("brdctl: /dev/ttyS4: ...").
+void UART_SetProgramName(const char* name);
+
 // The termios record that init_MCU hands to UART_Open for a given numeric baud rate.
 struct termios UART_LinkSettings(int baudrate);
+// The record UART_Open hands to tcsetattr: `newtio` with the rate's speed code ORed in,
+// corrected to 8N1 at that rate unless the rate is 115200 (initTIO's record when
+// `newtio` is null).
+struct termios UART_PortSettings(const struct termios* newtio, int baudrate, UART_MODE mode);

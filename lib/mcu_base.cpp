@@ -146,7 +146,8 @@ void send_thread_function(MCU_CONTENT* mcu_content) {
             int type = m->mcuType;
             if (type == MCU_TYPE_NXP) {
                 int r = sendCMD(m, static_cast<int>(cmdIndex), data, 15, dataOut, &dataOutLength);
-                if (r == 1 && dataOutLength >= 2 && dataOut[0] == 0x21 && dataOut[1] == 0x01)
+                if (r == 1 && dataOutLength >= 2 && dataOut[0] == NXP_ACK_COMMAND &&
+                    dataOut[1] == NXP_ACK_OK)
                     info.sendCommandSuccessCount++;
                 else
                     info.sendCommandErrorCount++;
@@ -359,7 +360,7 @@ int receive(MCU_CONTENT* mcu_content, BYTE* dataOut, int* dataOutLen) {
         from = 1;
         n = len - 2;
     } else if (type == MCU_TYPE_ST) {
-        if (r[0] == ST_START_CODE_F1 && r[1] == 0xFF) return MCU_RESULT_NONE;
+        if (r[0] == ST_START_CODE_F1 && r[1] == ST_DEVICE_NO_ANSWER) return MCU_RESULT_NONE;
         from = 4;
         n = len - 6;
     }

@@ -33,6 +33,18 @@ constexpr BYTE NXP_START_CODE_C1 = 0xC1;
 constexpr BYTE NXP_END_CODE_C2 = 0xC2;
 constexpr BYTE ESCAPE_CODE_F0 = 0xF0;
 constexpr BYTE ESCAPE_CODE_C0 = 0xC0;
+// Escaped bytes go out as the escape code and their distance from it (00-03).
+constexpr BYTE ESCAPE_OFFSET_MAX = 0x03;
+
+// Bytes of the frames themselves.
+constexpr BYTE ST_DEVICE_CAN1 = 0x06;       // CAN frames of the first ST channel
+constexpr BYTE ST_DEVICE_CAN2 = 0x07;       // ... and of the second
+constexpr BYTE ST_COMMAND_EVENT = 0x04;     // unsolicited reports: CAN frames and events
+constexpr BYTE ST_DEVICE_NO_ANSWER = 0xFF;  // the MCU had nothing to answer
+constexpr BYTE NXP_COMMAND_CAN = 0x30;      // a CAN message from the NXP controller
+constexpr BYTE NXP_ACK_COMMAND = 0x21;      // the NXP controller's acknowledgement ...
+constexpr BYTE NXP_ACK_OK = 0x01;           // ... of a message it took
+constexpr BYTE CMD_DATA_END = 0xFF;         // ends a customised pool entry's bytes
 
 // Result codes of the exchange.
 constexpr int MCU_RESULT_OK = 1;
