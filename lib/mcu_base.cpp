@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
 
@@ -69,6 +70,19 @@ constexpr std::chrono::microseconds ANSWER_SPIN{100};
 
 long long elapsedMicros(Clock::time_point since) {
     return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - since).count();
+}
+
+// BRDCTL_TIMEOUT_SCALE, a divisor for the answer time-outs, lets the tests reach the
+// time-out paths in a fraction of the real waits. Anything but a positive integer is 1.
+unsigned long timeoutDivisor() {
+    static const unsigned long divisor = [] {
+        const char* text = getenv("BRDCTL_TIMEOUT_SCALE");
+        if (!text || !*text) return 1ul;
+        char* end = nullptr;
+        unsigned long v = strtoul(text, &end, 10);
+        return *end == '\0' && v > 0 && text[0] != '-' ? v : 1ul;
+    }();
+    return divisor;
 }
 
 void printLine(const char* text) {
@@ -285,6 +299,11 @@ int exit_LIB(MCU_CONTENT* mcu_content) {
     return 1;
 }
 
+unsigned long MCU_ScaledTimeout(unsigned long ms) {
+    unsigned long scaled = ms / timeoutDivisor();
+    return scaled > 0 ? scaled : 1;
+}
+
 // ---- Exchange -------------------------------------------------------------------
 
 void Register_MCU_EventCallBack(BYTE byByte1, BYTE byByte2, void (*callback)(CALLBACK_DATA)) {
@@ -415,7 +434,7 @@ int sendCMD(MCU_CONTENT* mcu_content, int index, BYTE* data, int dataLen, BYTE* 
         timeout = TIMEOUT_UPDATE_MS;
     }
     // A mode outside the table does not wait: the caller gets what the buffer holds.
-    int waited = timeout < 0 ? result : WaitForRecevData(m, static_cast<unsigned long>(timeout));
+    int waited = timeout < 0 ? result : WaitForRecevData(m, MCU_ScaledTimeout(timeout));
     if (waited == 1) return receive(m, dataOut, dataOutLen);
     if (waited == MCU_RESULT_TIMEOUT) return MCU_RESULT_TIMEOUT;
     return MCU_RESULT_NONE;

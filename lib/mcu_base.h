@@ -62,6 +62,9 @@ constexpr int MCU_RESULT_NO_COMMAND = -20;
 constexpr unsigned long TIMEOUT_AP_MS = 50;
 constexpr unsigned long TIMEOUT_FM_MS = 10000;
 constexpr unsigned long TIMEOUT_UPDATE_MS = 20000;
+// A time-out as waited for: divided by BRDCTL_TIMEOUT_SCALE, which only tests set (at
+// least 1 ms).
+unsigned long MCU_ScaledTimeout(unsigned long ms);
 
 constexpr int CMD_POOL_SIZE = 2000;
 constexpr int CMD_DATA_SIZE = 16;
