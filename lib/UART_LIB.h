@@ -15,7 +15,14 @@ speed_t getBaudRate(int baudrate);
 int initTIO(int baudrate, UART_MODE mode);
 int UART_Open(const char* path, int baudrate, UART_MODE mode, UART_TYPE type,
               struct termios* newtio, UART_TYPE_CALLBACK callback);
+// UART_Open refuses anything but a terminal character device, and waits at most
+// BRDCTL_LOCK_TIMEOUT seconds (default 10) for a port another process holds. On failure
+// UART_OpenFailure tells why (for this thread's last call).
+const char* UART_OpenFailure();
 int UART_Close(int fd);
+// SIGTERM and SIGHUP put every open port back to the settings found on it, then end the
+// process as the signal would have (a signal already ignored stays ignored).
+void UART_RestoreOnTermination();
 int UART_Send(int fd, char* data, int hex);
 // The buffer belongs to the layer: valid until the next UART_Receive or UART_Close.
 char* UART_Receive(int fd);

@@ -106,9 +106,14 @@ void reveive_thread_function(MCU_CONTENT* mcu_content) {
         if (p[1].revents) break;
         short ev = p[0].revents;
         if (ev & (POLLIN | POLLHUP | POLLERR)) ReceiveMessageFromMCU(m);
-        // A hung-up line stays readable with nothing to read: look again later.
-        if (ev & (POLLHUP | POLLERR | POLLNVAL)) {
-            if (waitForWake(m, 100)) break;
+        if (ev & (POLLHUP | POLLNVAL)) m->lineHungUp = 1;
+        if (m->lineHungUp) {
+            // A hung-up line stays readable with nothing to read: stop polling it and
+            // sleep until the link is closed.
+            syslog(LOG_ERR, "[reveive_thread_function] fd(%d) the line hung up", m->fd);
+            while (!waitForWake(m, -1)) {
+            }
+            break;
         }
     }
 }

@@ -169,6 +169,9 @@ struct MCU_CONTENT {
     std::condition_variable sendCond;
     // eventfd that wakes the receive thread out of poll().
     int wakeFd;
+    // Set by the receive thread when the line hung up (end of file, EIO, POLLHUP): the
+    // port is no longer polled and waiting requests run into their time-out.
+    std::atomic<int> lineHungUp;
 };
 
 // Lifecycle.
