@@ -27,6 +27,8 @@ int decodePortRead(MCU_CONTENT* m, int (*core)(MCU_CONTENT*, const BYTE*, unsign
     do {
         n = read(m->fd, buf, DECODER_READ_SIZE);
     } while (n < 0 && errno == EINTR);
+    // End of file or EIO: the other side has gone and the line will not come back.
+    if (n == 0 || (n < 0 && errno == EIO)) m->lineHungUp = 1;
     return core(m, buf, static_cast<unsigned int>(n));
 }
 
@@ -82,7 +84,8 @@ int stWalkAP(MCU_CONTENT* m) {
             continue;
         }
         unsigned int s = i;
-        bool can = s + 2 < len && (v[s + 1] == 0x06 || v[s + 1] == 0x07) && v[s + 2] == 0x04;
+        bool can = s + 2 < len && (v[s + 1] == ST_DEVICE_CAN1 || v[s + 1] == ST_DEVICE_CAN2) &&
+                   v[s + 2] == ST_COMMAND_EVENT;
         long e;
         if (can) {
             e = stCanFrameEnd(v, len, s);
@@ -97,7 +100,7 @@ int stWalkAP(MCU_CONTENT* m) {
                 continue;
             }
             // A long frame from device 6 that failed the CAN test is no answer.
-            if (s + 1 < len && v[s + 1] == 0x06 && e - s + 1 >= 22) {
+            if (s + 1 < len && v[s + 1] == ST_DEVICE_CAN1 && e - s + 1 >= 22) {
                 i += 2;
                 continue;
             }
@@ -117,7 +120,8 @@ int stWalkAP(MCU_CONTENT* m) {
         storeAnswer(m, v + s, frameLen);
         answered = true;
         // Event answers also reach the callback, before the waiter is released.
-        if (v[s + 2] == 0x04) pushEventDataToCallBackFunction(m, static_cast<int>(s), frameLen);
+        if (v[s + 2] == ST_COMMAND_EVENT)
+            pushEventDataToCallBackFunction(m, static_cast<int>(s), frameLen);
     }
     // The waiter is released once, after the last answer of the span is stored.
     if (answered) {
@@ -276,7 +280,7 @@ int nxpWalkAP(MCU_CONTENT* m) {
             continue;
         }
         unsigned int s = i;
-        if (s + 1 < len && v[s + 1] == 0x30) {
+        if (s + 1 < len && v[s + 1] == NXP_COMMAND_CAN) {
             if (s + 8 >= len) break;  // the length byte is missing: nothing more to take
             trace(m, 1, "*** [NXP_DecodingResponse] (2-1) CAN DATA ***");
             m->receiveCANDataCount++;

@@ -56,6 +56,7 @@ int reportResolution(const std::string& typed, const brdcmd::Resolution& res) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    openStandardDescriptors();
     g_progName = "brdcmd";
     const brdcmd::Table table = brdcmd::commandTable();
     const brdcmd::Options opts = brdcmd::parseArgs(std::vector<std::string>(argv + 1, argv + argc));

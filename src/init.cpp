@@ -3,15 +3,18 @@
 #include "init.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
 
+#include "UART_LIB.h"
 #include "function_MAP.h"
 #include "launch.h"
 
@@ -177,7 +180,7 @@ MCU_CONTENT* openLink(const DeviceConfig& dev, int mcuType) {
     MCU_CONTENT* ctx = init_MCU(dev.path.c_str(), mcuType, dev.baudrate);
     if (ctx->result == MCU_RESULT_OPEN_FAIL)
         fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, dev.path.c_str(),
-                strerror(ctx->openError));
+                *UART_OpenFailure() ? UART_OpenFailure() : strerror(ctx->openError));
     else if (ctx->result != 1)
         fprintf(stderr, "%s: cannot open %s: link could not be started (%d)\n", g_progName,
                 dev.path.c_str(), ctx->result);
@@ -260,7 +263,23 @@ std::string findConfigFile(const std::string& product, std::string* searched) {
     return "";
 }
 
+void openStandardDescriptors() {
+    // A descriptor below 3 left free would be handed to the serial port, and the program's
+    // own text would then go down the line.
+    for (int fd = 0; fd < 3; ++fd) {
+        if (fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
+        int opened = open("/dev/null", fd == 0 ? O_RDONLY : O_WRONLY);
+        if (opened < 0) _exit(127);  // not even /dev/null: nothing sensible can run
+        if (opened != fd) {
+            dup2(opened, fd);
+            close(opened);
+        }
+    }
+}
+
 int LAUNCH_INIT_DEV() {
+    UART_SetProgramName(g_progName);
+    UART_RestoreOnTermination();
     if (g_config.hasMcu && g_config.mcu.enabled) {
         mcu_content = openLink(g_config.mcu, MCU_TYPE_ST);
         if (mcu_content->result != 1) return 0;

@@ -52,6 +52,10 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(struct CALLBACK_DATA));
 extern InitStatus initStatus;
 extern BrdConfig g_config;
 
+// Makes descriptors 0, 1 and 2 valid (on /dev/null) when the program was started without
+// them; the first thing every program does.
+void openStandardDescriptors();
+
 // Opens the links the configuration names. Returns 1, or 0 when an enabled device
 // cannot be opened.
 int LAUNCH_INIT_DEV();
