@@ -1,0 +1,499 @@
+// The FM and TPMS handlers end to end: the table's handler of each row against the
+// simulated FM module and TPMS receiver, the exact bytes that reach the line, the
+// frequency kept between commands, and brdcmd run from the outside for a fresh process,
+// the FM time-out and the real-time wait ended by the interrupt.
+#include "fm/fm_handlers.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "board_fixture.h"
+#include "run_program.h"
+#include "tpms.h"
+#include "tpms/tpms_handlers.h"
+
+extern char** environ;
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+using Clock = std::chrono::steady_clock;
+
+struct Outcome {
+    int result = 0;
+    std::string out, err;
+    Bytes line;  // every byte the board received
+};
+
+Outcome call(BoardFixture& board, const std::string& name, const std::string& input) {
+    board.sim.clearRequests();
+    Outcome r;
+    testing::internal::CaptureStderr();
+    r.result = board.run(name, input, &r.out);
+    r.err = testing::internal::GetCapturedStderr();
+    r.line = board.sim.lineBytes();
+    return r;
+}
+
+void freshFrequency() {
+    data2 = 0x2E;
+    data3 = 0x22;
+}
+
+size_t count(const std::string& text, const std::string& what) {
+    size_t n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+    return n;
+}
+
+struct RowCase {
+    const char* product;
+    const char* name;
+    const char* input;
+    Bytes line;
+    const char* shown;  // a text the output holds
+    int result;
+    bool ended = false;  // the input ended at a prompt
+};
+
+const char* const DONE = "command executed successfully.\n";
+const char* const NOT_DONE = "command executed unsuccessfully!!!\n";
+
+// clang-format off
+const RowCase ROWS[] = {
+    {"KX07", "FM_POWER_ON_OFF", "1\n", {0xF1, 0x80, 0x01, 0xF2, 0xF2}, DONE, 1},
+    {"KX07", "FM_POWER_ON_OFF", "2\n0\n", {0xF1, 0x80, 0x00, 0xF2, 0xF2},
+     "\nSelect Error !!! Please select a option again.", 1},
+    {"KX07", "FM_CONFIG", "2\n", {0xF1, 0x82, 0x02, 0xF2}, DONE, 1},
+    {"KX07", "FM_SET_VOLUME", "63\n", {0xF1, 0x84, 0x3F, 0xF2}, DONE, 1},
+    {"KX07", "FM_SET_VOLUME", "x\n64\n5\n", {0xF1, 0x84, 0x05, 0xF2}, "\nInput Error !!! Please input a number.", 1},
+    {"KX07", "FM_SET_MUTE", "1\n", {0xF1, 0x86, 0x01, 0xF2}, DONE, 1},
+    {"KX07", "FM_SET_FREQ", "10790\n", {0xF1, 0x88, 0x26, 0x2A, 0xF2}, "\n\tSet frequency : 107.90 MHz\n", 1},
+    {"KX07", "FM_SET_FREQ", "7599\n10791\n8750\n", {0xF1, 0x88, 0x2E, 0x22, 0xF2}, "Set frequency : 87.50 MHz", 1},
+    // The module of a USA product refuses the Japanese band the menu allows.
+    {"KX07", "FM_SET_FREQ", "7600\n", {0xF1, 0x88, 0xB0, 0x1D, 0xF2}, NOT_DONE, 0},
+    // Only F1 and F2 in bytes 2-3 are escaped, and only for this command and the seeks.
+    {"KX56", "FM_SET_FREQ", "8688\n", {0xF1, 0x88, 0xF0, 0x21, 0xF2}, "Set frequency : 86.88 MHz", 1},
+    {"KX56", "FM_SET_FREQ", "8689\n", {0xF1, 0x88, 0xF0, 0x01, 0x21, 0xF2}, "Set frequency : 86.89 MHz", 1},
+    {"KX56", "FM_SET_FREQ", "8690\n", {0xF1, 0x88, 0xF0, 0x02, 0x21, 0xF2}, "Set frequency : 86.90 MHz", 1},
+    {"KX56", "FM_SET_FREQ", "8691\n", {0xF1, 0x88, 0xF3, 0x21, 0xF2}, "Set frequency : 86.91 MHz", 1},
+    {"KX22", "FM_AUTO_SCAN", "", {0xF1, 0x8A, 0xF2, 0xF2},
+     "\tFM Station : 88.00\n\tFM Station : 93.90\n\tFM Station : 102.30\n=", 1},
+    {"KX56", "FM_RDS_STATUS", "", {0xF1, 0x8C, 0xF2, 0xF2},
+     "\tPID Status :\t\tTrue!!\n\tPS Status :\t\tNULL!!\n\tRDS Status :\t\tTrue!!\n", 1},
+    {"KX07", "FM_GET_PID", "", {0xF1, 0x8E, 0xF2, 0xF2}, "\nPID Data : 0xC2 0x01 \n", 1},
+    // Byte 2 is an end code as stored; this command's frame goes out unchanged.
+    {"KX07", "FM_GET_PS", "", {0xF1, 0x90, 0xF2, 0xF2},
+     "\nPS Data : 0x42 0x52 0x44 0x20 0x46 0x4D 0x20 0x20 \n", 1},
+    {"KX56", "FM_GET_PS", "", {0xF1, 0x90, 0xF2, 0xF2}, "\nPS Data : \n", 1},
+    {"KX07", "FM_GET_RDS", "", {0xF1, 0x92, 0xF2, 0xF2}, "\nRDS Data : 0x54 0x72 ", 1},
+    {"KX56", "FM_SEEK_UP", "", {0xF1, 0x94, 0x2E, 0x22, 0xF2}, "\n\tSeek UP frequency : 89.45 MHz\n", 1},
+    {"KX56", "FM_SEEK_DOWN", "", {0xF1, 0x96, 0x2E, 0x22, 0xF2}, "\n\tSeek Down frequency : 86.88 MHz\n", 1},
+    {"KX07", "FM_AUDIO_SWITCH", "1\n", {0xF1, 0x98, 0x01, 0xF2}, DONE, 1},
+    {"KX07", "FM_GET_VOICE", "", {0xF1, 0x9A, 0xF2, 0xF2}, "\n\tVolume Level : 20\n", 1},
+    {"KX22", "FM_GET_FM_ZONE", "", {0xF1, 0x9C, 0xF2, 0xF2}, "\n\tFM Zone : EUROPE\n", 1},
+    {"KX07", "FM_SET_FLASH", "", {0xF1, 0x00, 0x03, 0x20, 0x01, 0x48, 0xF2}, DONE, 1},
+    {"KX07", "FM_LOAD_DEFAULT", "", {0xF1, 0x00, 0x03, 0x08, 0x44, 0xF2}, DONE, 1},
+    {"KX07", "FM_GET_BREAK", "", {}, "", 0},
+    // End of input: nothing goes out.
+    {"KX07", "FM_SET_VOLUME", "", {}, "Which level you want to set:", 0, true},
+    {"KX07", "TPMS_ATB01_DISPLAY_MODE", "", {'A', 'T', 'B', '0', '1'},
+     "result data 0 = 0x1\n", 1},
+};
+// clang-format on
+
+TEST(FmHandlers, EachRowSendsItsFrameAndReadsTheAnswer) {
+    for (const RowCase& c : ROWS) {
+        BoardFixture board(c.product);
+        freshFrequency();
+        Outcome r = call(board, c.name, c.input);
+        const std::string what = std::string(c.product) + " " + c.name + " <" + c.input + ">\n";
+        EXPECT_EQ(r.result, c.result) << what << r.out << r.err;
+        EXPECT_EQ(r.line, c.line) << what;
+        EXPECT_NE(r.out.find(c.shown), std::string::npos) << what << r.out;
+        EXPECT_EQ(r.err, c.ended ? std::string(g_progName) + ": input ended\n" : "") << what;
+    }
+}
+
+TEST(FmHandlers, WholeOutputOfASetting) {
+    BoardFixture board("KX07");
+    freshFrequency();
+    Outcome r = call(board, "FM_SET_VOLUME", "40\n");
+    const std::string fd = std::to_string(board.fd());
+    EXPECT_EQ(r.out,
+              "============         FM Set Volume        ==========\n"
+              "\t\tSet Volume (0~63) :\n"
+              "====================================================\n"
+              "Which level you want to set:"
+              "=========================== Result ====================================\n"
+              "Receive Data >> 0xF1 0x85 0x01 0xF2 \n"
+              "\tfd(" +
+                  fd +
+                  ") FM_SET_VOLUME command executed successfully.\n"
+                  "=======================================================================\n");
+    // The value is patched into the pooled frame; the table keeps its row.
+    int index = 0;
+    findCommandIndex("FM_SET_VOLUME", &index);
+    EXPECT_EQ(getCommandByIndex(mcu_content, index)->cmd_data[2], 40);
+    EXPECT_EQ(findFunctionEntry("FM_SET_VOLUME")->cmd[2], 0);
+    EXPECT_EQ(board.sim.fmState().volume, 40);
+    EXPECT_EQ(call(board, "FM_GET_VOICE", "").result, 1);
+}
+
+TEST(FmHandlers, FrequencyKeptBetweenCommands) {
+    BoardFixture board("KX56");
+    freshFrequency();
+    struct Step {
+        const char* name;
+        const char* input;
+        Bytes line;
+        brdsim::FaultKind fault;
+        bool faulty;
+    };
+    const brdsim::FaultKind none = brdsim::FaultKind::NoAnswer;
+    // clang-format off
+    const Step steps[] = {
+        {"FM_SEEK_UP", "", {0xF1, 0x94, 0x2E, 0x22, 0xF2}, none, false},              // to 89.45
+        {"FM_SEEK_UP", "", {0xF1, 0x94, 0xF0, 0x01, 0x22, 0xF2}, none, false},        // wraps to 76.66
+        {"FM_SEEK_DOWN", "", {0xF1, 0x96, 0xF0, 0x02, 0x1D, 0xF2}, none, false},      // wraps to 89.45
+        // An answer to another command moves nothing.
+        {"FM_SEEK_DOWN", "", {0xF1, 0x96, 0xF0, 0x01, 0x22, 0xF2}, brdsim::FaultKind::WrongCommand, true},
+        {"FM_SEEK_DOWN", "", {0xF1, 0x96, 0xF0, 0x01, 0x22, 0xF2}, none, false},      // to 86.88
+        {"FM_SET_FREQ", "8179\n", {0xF1, 0x88, 0xF3, 0x1F, 0xF2}, none, false},
+        {"FM_SEEK_UP", "", {0xF1, 0x94, 0xF3, 0x1F, 0xF2}, none, false},
+    };
+    // clang-format on
+    for (const Step& s : steps) {
+        if (s.faulty) board.sim.queueFault({s.fault});
+        Outcome r = call(board, s.name, s.input);
+        EXPECT_EQ(r.line, s.line) << s.name << " " << r.out;
+        EXPECT_EQ(r.result, 1) << s.name << r.out;
+    }
+    EXPECT_EQ(data2, 0xF0);  // the last seek found 86.88
+    EXPECT_EQ(data3, 0x21);
+}
+
+TEST(FmHandlers, AnswerToAnotherCommand) {
+    const struct {
+        const char* name;
+        const char* input;
+        int result;  // settings, voice and zone fail; the queries keep 1
+    } cases[] = {{"FM_SET_VOLUME", "3\n", 0},
+                 {"FM_CONFIG", "1\n", 0},
+                 {"FM_GET_VOICE", "", 0},
+                 {"FM_GET_FM_ZONE", "", 0},
+                 {"FM_RDS_STATUS", "", 1},
+                 {"FM_GET_PID", "", 1},
+                 {"FM_AUTO_SCAN", "", 1},
+                 {"FM_SEEK_UP", "", 1},
+                 {"FM_SET_FREQ", "9000\n", 0},
+                 // The system MCU's frames are not checked for it.
+                 {"FM_LOAD_DEFAULT", "", 1}};
+    BoardFixture board("KX07");
+    for (const auto& c : cases) {
+        freshFrequency();
+        board.sim.queueFault({brdsim::FaultKind::WrongCommand});
+        Outcome r = call(board, c.name, c.input);
+        EXPECT_EQ(r.result, c.result) << c.name << r.out;
+        EXPECT_EQ(count(r.out, "Receive command address ERROR!!\n"),
+                  std::string(c.name) == "FM_LOAD_DEFAULT" ? 0u : 1u)
+            << c.name << r.out;
+    }
+    board.sim.clearFaults();
+}
+
+TEST(TpmsHandlers, SensorList) {
+    const std::string HEAD =
+        "========    Set Total Number of TPMS sensor     ========\nTotal Number(1~24) : ";
+    const std::string IDS = "========\t\tSet Sensor ID\t\t========\n";
+    const std::string RULE = std::string(56, '=') + "\n";
+    const std::string ERROR = "\nInput Error !!! Please input a number.\n";
+    const struct {
+        const char* input;
+        int result;
+        std::vector<uint32_t> ids;
+        std::string out;  // whole output, or "" to skip
+        bool ended;
+    } cases[] = {
+        {"0\n", 1, {}, HEAD + IDS + RULE, false},
+        {"25\n2\nABCD1234\nxyz\n123456789\n00c0ffee\n",
+         1,
+         {0xABCD1234, 0x00C0FFEE},
+         HEAD + ERROR + "Total Number(1~24) : " + IDS + "Sensor ID 1 : Sensor ID 2 : " + ERROR +
+             "Sensor ID 2 : " + ERROR + "Sensor ID 2 : " + RULE,
+         false},
+        {"24\n", 0, {}, "", true},
+        {"3\n1\n2\n", 0, {1, 2}, "", true},
+        {"", 0, {}, HEAD, true},
+    };
+    BoardFixture board("KX07");
+    for (const auto& c : cases) {
+        tpms::storeSensorId(TPMS_Data[5], 0x55555555);  // cleared by every run
+        Outcome r = call(board, "TPMS_SET_SENSOR_ID", c.input);
+        EXPECT_EQ(r.result, c.result) << c.input;
+        EXPECT_TRUE(r.line.empty()) << c.input;
+        if (!c.out.empty()) {
+            EXPECT_EQ(r.out, c.out) << c.input;
+        }
+        EXPECT_EQ(r.err.find("input ended") != std::string::npos, c.ended) << c.input << r.err;
+        EXPECT_EQ(nWheelNumber, static_cast<int>(c.ids.size())) << c.input;
+        for (size_t i = 0; i < c.ids.size(); ++i) {
+            std::array<BYTE, tpms::SENSOR_RECORD_SIZE> want{};
+            tpms::storeSensorId(want, c.ids[i]);
+            EXPECT_EQ(TPMS_Data[i], want) << c.input << " sensor " << i;
+        }
+        EXPECT_EQ(TPMS_Data[5][0], 0) << c.input;
+    }
+    // The byte order on its own: ABCD1234 is AB CD 12 34.
+    call(board, "TPMS_SET_SENSOR_ID", "1\nABCD1234\n");
+    EXPECT_EQ(Bytes(TPMS_Data[0].begin(), TPMS_Data[0].begin() + 4),
+              (Bytes{0xAB, 0xCD, 0x12, 0x34}));
+}
+
+// ---- brdcmd from the outside ----
+
+// brdcmd as a child whose input we write and whose output we read while it runs.
+class Child {
+   public:
+    Child(const std::vector<std::string>& args,
+          const std::vector<std::pair<std::string, std::string>>& env) {
+        int in[2], out[2], err[2];
+        if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC) || pipe2(err, O_CLOEXEC)) return;
+        posix_spawn_file_actions_t fa;
+        posix_spawn_file_actions_init(&fa);
+        posix_spawn_file_actions_adddup2(&fa, in[0], 0);
+        posix_spawn_file_actions_adddup2(&fa, out[1], 1);
+        posix_spawn_file_actions_adddup2(&fa, err[1], 2);
+        std::vector<std::string> argStore = {BRDCMD_BIN};
+        argStore.insert(argStore.end(), args.begin(), args.end());
+        std::vector<char*> argv;
+        for (auto& a : argStore) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        std::vector<std::string> envStore;
+        for (char** e = environ; *e; ++e) {
+            std::string entry = *e;
+            bool replaced = false;
+            for (const auto& kv : env) replaced = replaced || entry.rfind(kv.first + "=", 0) == 0;
+            if (!replaced) envStore.push_back(entry);
+        }
+        for (const auto& [k, v] : env) envStore.push_back(k + "=" + v);
+        std::vector<char*> envp;
+        for (auto& e : envStore) envp.push_back(e.data());
+        envp.push_back(nullptr);
+        if (posix_spawn(&pid_, BRDCMD_BIN, &fa, nullptr, argv.data(), envp.data()) != 0) pid_ = -1;
+        posix_spawn_file_actions_destroy(&fa);
+        close(in[0]);
+        close(out[1]);
+        close(err[1]);
+        in_ = in[1];
+        out_ = out[0];
+        err_ = err[0];
+        fcntl(out_, F_SETFL, O_NONBLOCK);
+        fcntl(err_, F_SETFL, O_NONBLOCK);
+    }
+    ~Child() {
+        if (pid_ > 0 && !reaped_) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+        for (int fd : {in_, out_, err_})
+            if (fd >= 0) close(fd);
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    void type(const std::string& text) {
+        if (write(in_, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+            ADD_FAILURE() << "short write to the child";
+    }
+    // Reads until stdout holds `text` `times` times; false after `ms`.
+    bool waitFor(const std::string& text, size_t times = 1, int ms = 10000) {
+        auto until = Clock::now() + std::chrono::milliseconds(ms);
+        while (count(out, text) < times) {
+            if (Clock::now() > until || !pump(50)) return false;
+        }
+        return true;
+    }
+    void interrupt() { kill(pid_, SIGINT); }
+    // Closes its input, reads to the end and returns the exit status (-1: killed).
+    int finish(int ms = 10000) {
+        if (in_ >= 0) close(in_);
+        in_ = -1;
+        auto until = Clock::now() + std::chrono::milliseconds(ms);
+        while (Clock::now() < until && pump(50)) {
+        }
+        int status = 0;
+        pid_t done = 0;
+        while ((done = waitpid(pid_, &status, WNOHANG)) == 0 && Clock::now() < until)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        reaped_ = true;
+        if (done != pid_) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, &status, 0);
+            return -1;
+        }
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    std::string out, err;
+
+   private:
+    // One poll over both outputs; false once both are closed.
+    bool pump(int ms) {
+        struct pollfd p[2] = {{out_, POLLIN, 0}, {err_, POLLIN, 0}};
+        if (out_ < 0 && err_ < 0) return false;
+        poll(p, 2, ms);
+        bool open = false;
+        for (int i = 0; i < 2; ++i) {
+            int& fd = i == 0 ? out_ : err_;
+            if (fd < 0) continue;
+            char buf[4096];
+            ssize_t n = read(fd, buf, sizeof buf);
+            if (n > 0) (i == 0 ? out : err).append(buf, static_cast<size_t>(n));
+            if (n == 0) {
+                close(fd);
+                fd = -1;
+            } else {
+                open = true;
+            }
+        }
+        return open;
+    }
+
+    pid_t pid_ = -1;
+    bool reaped_ = false;
+    int in_ = -1, out_ = -1, err_ = -1;
+};
+
+class FmProgram : public ::testing::Test {
+   protected:
+    void SetUp() override {
+        char tmpl[] = "/tmp/fm_handlers_test.XXXXXX";
+        ASSERT_NE(mkdtemp(tmpl), nullptr);
+        dir_ = tmpl;
+        ASSERT_TRUE(mcu_.start());
+        ASSERT_TRUE(can_.start());
+    }
+    void TearDown() override { std::filesystem::remove_all(dir_); }
+
+    // KX56's configuration: the system MCU, and the CAN link when `withCan`.
+    void configure(bool withCan) {
+        std::ofstream f(dir_ + "/KX56.conf");
+        f << "<MCU_INFO>\nMCU_DEVICE=" << mcu_.ptyPath() << ",115200,1\nDEBUG_LEVEL=0\n"
+          << "<CAN_INFO>\nCAN_DEVICE=" << can_.ptyPath() << ",115200," << (withCan ? 1 : 0) << "\n";
+    }
+    std::vector<std::pair<std::string, std::string>> env(const char* scale = "1") {
+        return {{"BRDCTL_CONFIG_DIR", dir_},
+                {"BRDCTL_PRODUCT", "KX56"},
+                {"BRDCTL_TIMEOUT_SCALE", scale}};
+    }
+
+    std::string dir_;
+    brdsim::Simulator mcu_{"KX56"};
+    brdsim::Simulator can_{"KX56"};
+};
+
+TEST_F(FmProgram, FreshProcessStartsAt8750AndTimesOut) {
+    configure(false);
+    ProgramResult r = runProgram(BRDCMD_BIN, {"FM_SEEK_UP"}, "", env(), 20000);
+    EXPECT_EQ(r.status, 0) << r.out << r.err;
+    EXPECT_EQ(mcu_.lineBytes(), (Bytes{0xF1, 0x94, 0x2E, 0x22, 0xF2}));
+    EXPECT_NE(r.out.find("Seek UP frequency : 89.45 MHz"), std::string::npos) << r.out;
+
+    // The FM time-out is 10 s, shortened here: the handler prints nothing past its title.
+    mcu_.queueFault({brdsim::FaultKind::NoAnswer});
+    auto t0 = Clock::now();
+    r = runProgram(BRDCMD_BIN, {"FM_GET_FM_ZONE"}, "", env("100"), 20000);
+    EXPECT_LT(Clock::now() - t0, std::chrono::seconds(5));
+    EXPECT_EQ(r.status, 1) << r.out << r.err;
+    EXPECT_NE(r.out.find("Get FM Zone"), std::string::npos) << r.out;
+    EXPECT_EQ(r.out.find("Result"), std::string::npos) << r.out;
+
+    r = runProgram(BRDCMD_BIN, {"TPMS_GET_REALTIME_DATA"}, "", env(), 20000);
+    EXPECT_EQ(r.status, 3);
+    EXPECT_EQ(r.err,
+              "brdcmd: TPMS_GET_REALTIME_DATA: no CAN device configured (no enabled CAN_DEVICE "
+              "line under <CAN_INFO>)\n");
+    EXPECT_EQ(r.out.find("Wait for"), std::string::npos) << r.out;
+}
+
+const std::string WAITING =
+    "mcuType = 192\nWait for getting CAN message ...\nPlease press CTRL+C to exit.\n";
+
+TEST_F(FmProgram, RealTimeWaitEndsOnInterrupt) {
+    configure(true);
+    {
+        Child quiet({"TPMS_GET_REALTIME_DATA"}, env());
+        ASSERT_TRUE(quiet.waitFor(WAITING)) << quiet.out << quiet.err;
+        quiet.interrupt();
+        EXPECT_EQ(quiet.finish(), 0) << quiet.err;
+        EXPECT_EQ(quiet.out.substr(quiet.out.find("mcuType")), WAITING + "\nExit.\n");
+    }
+    Child child({"TPMS_GET_REALTIME_DATA"}, env());
+    ASSERT_TRUE(child.waitFor(WAITING)) << child.out << child.err;
+    auto sensors = brdsim::tpmsDefaultSensors();
+    const char* const ends[] = {" 4A 00\n", " 4B 00\n", " 4C 01\n"};
+    for (size_t i = 0; i < 3; ++i) {
+        can_.injectRaw(brdsim::encodeTpmsRecord(sensors[i]));
+        ASSERT_TRUE(child.waitFor(ends[i])) << child.out;
+    }
+    child.interrupt();
+    EXPECT_EQ(child.finish(), 0) << child.err;
+    std::string shown = child.out.substr(child.out.find(WAITING) + WAITING.size());
+    EXPECT_TRUE(std::regex_match(shown, std::regex("[0-2][0-9]:[0-5][0-9]:[0-5][0-9]\\.[0-9]{3}  "
+                                                   "AB CD 12 34 00 E6 4A 00\n"
+                                                   ".{12}  00 C0 FF EE 00 E4 4B 00\n"
+                                                   ".{12}  13 57 24 68 00 BE 4C 01\n"
+                                                   "\nExit.\n")))
+        << shown;
+}
+
+TEST_F(FmProgram, MenuNamesTheWheelsOfTheSensorList) {
+    configure(true);
+    Child child({}, env());
+    ASSERT_TRUE(child.waitFor("Select a group: ")) << child.out << child.err;
+    std::smatch m;
+    ASSERT_TRUE(std::regex_search(child.out, m, std::regex(" *([0-9]+)\\. TPMS\n")));
+    const std::string group = m[1].str() + "\n";
+    child.type(group);
+    ASSERT_TRUE(child.waitFor("Select a command: "));
+    auto pick = [&](const char* name) {
+        std::smatch c;
+        std::string tail = child.out.substr(child.out.rfind("TPMS\n"));
+        EXPECT_TRUE(std::regex_search(tail, c, std::regex(" *([0-9]+)\\. " + std::string(name))));
+        return c[1].str() + "\n";
+    };
+    child.type(pick("TPMS_SET_SENSOR_ID") + "2\n0BADF00D\n00C0FFEE\n");
+    ASSERT_TRUE(child.waitFor("Select a command: ", 2)) << child.out;
+    child.type(pick("TPMS_GET_REALTIME_DATA"));
+    ASSERT_TRUE(child.waitFor(WAITING)) << child.out;
+    auto sensors = brdsim::tpmsDefaultSensors();
+    can_.injectRaw(brdsim::encodeTpmsRecord(sensors[1]));
+    ASSERT_TRUE(child.waitFor("  wheel 2\n")) << child.out;
+    can_.injectRaw(brdsim::encodeTpmsRecord(sensors[0]));  // not in the list
+    ASSERT_TRUE(child.waitFor(" 4A 00\n")) << child.out;
+    can_.injectRaw(brdsim::encodeTpmsRecord(sensors[3]));
+    ASSERT_TRUE(child.waitFor("  wheel 1\n")) << child.out;
+    child.interrupt();
+    ASSERT_TRUE(child.waitFor("\nExit.\n")) << child.out;
+    // The menu goes on after the wait.
+    ASSERT_TRUE(child.waitFor("Select a command: ", 3)) << child.out;
+    child.type("q\n");
+    EXPECT_EQ(child.finish(), 0) << child.err;
+    EXPECT_EQ(count(child.out, "  wheel "), 2u) << child.out;
+}
+
+}  // namespace
