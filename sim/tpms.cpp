@@ -1,6 +1,10 @@
 // The simulated TPMS receiver: display-mode command, sensor records.
 #include "tpms.h"
 
+#include <chrono>
+
+#include "brdsim.h"
+
 namespace brdsim {
 
 Bytes tpmsDisplayModeAnswer() {
@@ -35,6 +39,35 @@ Bytes tpmsStreamRecord(const std::vector<TpmsSensor>& sensors, uint32_t n) {
     TpmsSensor s = sensors[n % sensors.size()];
     s.pressureKpa = static_cast<uint16_t>(s.pressureKpa + (n / sensors.size()) % 4);
     return encodeTpmsRecord(s);
+}
+
+TpmsStreamer::TpmsStreamer(Simulator& line, int perSecond, int count,
+                           std::vector<TpmsSensor> sensors) {
+    if (perSecond <= 0 || count == 0 || sensors.empty()) return;
+    thread_ =
+        std::thread(&TpmsStreamer::run, this, std::ref(line), perSecond, count, std::move(sensors));
+}
+
+TpmsStreamer::~TpmsStreamer() {
+    {
+        std::lock_guard<std::mutex> g(mu_);
+        stopping_ = true;
+    }
+    stopCond_.notify_all();
+    if (thread_.joinable()) thread_.join();
+}
+
+void TpmsStreamer::run(Simulator& line, int perSecond, int count, std::vector<TpmsSensor> sensors) {
+    using Clock = std::chrono::steady_clock;
+    const auto interval =
+        std::chrono::duration_cast<Clock::duration>(std::chrono::seconds(1)) / perSecond;
+    Clock::time_point next = Clock::now();
+    std::unique_lock<std::mutex> lk(mu_);
+    for (uint32_t n = 0; count < 0 || n < static_cast<uint32_t>(count); ++n) {
+        if (stopCond_.wait_until(lk, next, [this] { return stopping_; })) return;
+        line.injectRaw(tpmsStreamRecord(sensors, n));
+        next += interval;
+    }
 }
 
 }  // namespace brdsim

@@ -2,8 +2,11 @@
 // and the sensor records it sends unasked.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace brdsim {
@@ -44,5 +47,26 @@ std::vector<TpmsSensor> tpmsDefaultSensors();
 // The record number `n` of a stream over `sensors`: the sensors in turn, the pressure
 // drifting by a few kPa so that successive records differ.
 Bytes tpmsStreamRecord(const std::vector<TpmsSensor>& sensors, uint32_t n);
+
+class Simulator;
+
+// Sends the records of tpmsStreamRecord on a simulator's line, `perSecond` a second,
+// `count` of them (< 0: until stopped), as the receiver does once it runs. Stops and
+// joins its thread when destroyed.
+class TpmsStreamer {
+   public:
+    TpmsStreamer(Simulator& line, int perSecond, int count,
+                 std::vector<TpmsSensor> sensors = tpmsDefaultSensors());
+    ~TpmsStreamer();
+    TpmsStreamer(const TpmsStreamer&) = delete;
+    TpmsStreamer& operator=(const TpmsStreamer&) = delete;
+
+   private:
+    void run(Simulator& line, int perSecond, int count, std::vector<TpmsSensor> sensors);
+    std::mutex mu_;
+    std::condition_variable stopCond_;
+    bool stopping_ = false;
+    std::thread thread_;
+};
 
 }  // namespace brdsim

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -149,6 +150,42 @@ TEST(TpmsReceiver, DisplayModeOnTheLine) {
     ASSERT_EQ(line.send(MCU_TYPE_CUSTOMISE, {'A', 'T', 'B', '0', '1'}, &answer), 1);
     EXPECT_GE(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(100));
     EXPECT_EQ(answer, (Bytes{0x01}));
+}
+
+// What the customised decoder handed over, read after read.
+std::mutex g_seenMu;
+Bytes g_seen;
+void remember(CALLBACK_DATA d) {
+    std::lock_guard<std::mutex> g(g_seenMu);
+    g_seen.insert(g_seen.end(), d.szData, d.szData + d.szDataLength);
+}
+
+TEST(TpmsReceiver, StreamsRecordsUnasked) {
+    Line line;
+    line.link->mcuType = MCU_TYPE_CUSTOMISE;  // nothing is outstanding on the link
+    auto previous = callback_EventToLibrary.exchange(remember);
+    {
+        brdsim::TpmsStreamer stream(line.sim, 100, 6);
+        auto until = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        for (;;) {
+            {
+                std::lock_guard<std::mutex> g(g_seenMu);
+                if (g_seen.size() >= 6 * 8) break;
+            }
+            ASSERT_LT(std::chrono::steady_clock::now(), until);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+    callback_EventToLibrary = previous;
+    std::lock_guard<std::mutex> g(g_seenMu);
+    auto sensors = brdsim::tpmsDefaultSensors();
+    Bytes sent;
+    for (uint32_t n = 0; n < 6; ++n) {
+        Bytes r = brdsim::tpmsStreamRecord(sensors, n);
+        sent.insert(sent.end(), r.begin(), r.end());
+    }
+    EXPECT_EQ(g_seen, sent);  // in order, and no more than asked for
+    EXPECT_EQ(line.sim.requestCount(), 0u);
 }
 
 }  // namespace
