@@ -121,16 +121,6 @@ TEST(FmRender, IntroShowsTitleMenuAndPrompt) {
     EXPECT_EQ(fm::CONFIG_ROW.menu->max, 2);
 }
 
-TEST(FmRender, FrequencyBytesRoundTrip) {
-    for (uint16_t f : {7600, 8750, 8945, 10790}) {
-        EXPECT_EQ(fm::frequencyOf(fm::frequencyLow(f), fm::frequencyHigh(f)), f);
-    }
-    EXPECT_EQ(fm::frequencyLow(8750), 0x2E);
-    EXPECT_EQ(fm::frequencyHigh(8750), 0x22);
-    EXPECT_EQ(fm::frequencyLow(10790), 0x26);
-    EXPECT_EQ(fm::frequencyHigh(10790), 0x2A);
-}
-
 TEST(TpmsRender, SensorCountAndIdAsTyped) {
     struct {
         const char* line;

@@ -1,5 +1,5 @@
-// The simulated FM module and TPMS receiver: their answers as pure functions, and on
-// the line through a real link typed as the FM module or the customised device.
+// The simulated FM module and TPMS receiver: their answers as pure functions, and the
+// receiver's records reaching a link typed as the customised device.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -93,64 +93,7 @@ struct Line {
         link = init_MCU(sim.ptyPath().c_str(), MCU_TYPE_ST, 115200);
     }
     ~Line() { exit_LIB(link); }
-    // Sends `frame` as pool entry 1 with controller type `type`.
-    int send(int type, Bytes frame, Bytes* answer) {
-        link->cmd_count = 0;
-        pushCommandToPoolCustomise(link, 1, frame.data(), static_cast<int>(frame.size()));
-        link->mcuType = type;
-        BYTE out[RESPONSE_BUFFER_SIZE];
-        int len = 0;
-        int r = sendCMD(link, 1, nullptr, 0, out, &len);
-        answer->assign(out, out + (r == 1 ? len : 0));
-        return r;
-    }
 };
-
-TEST(FmModule, OnTheLine) {
-    Line line("KX56");
-    Bytes answer;
-    // The doubled end code goes out as stored and is ignored by the module.
-    ASSERT_EQ(line.send(MCU_TYPE_FM, {0xF1, 0x80, 0x01, 0xF2, 0xF2}, &answer), 1);
-    EXPECT_EQ(answer, (Bytes{0xF1, 0x81, 0x01, 0xF2}));
-    // A frequency with the start code in its low byte crosses escaped, both ways.
-    ASSERT_EQ(line.send(MCU_TYPE_FM, {0xF1, 0x94, 0x2E, 0x22, 0xF2}, &answer), 1);
-    EXPECT_EQ(answer, (Bytes{0xF1, 0x95, 0xF1, 0x22, 0xF2}));
-    line.sim.clearRequests();
-    ASSERT_EQ(line.send(MCU_TYPE_FM, {0xF1, 0x94, 0xF1, 0x22, 0xF2}, &answer), 1);
-    EXPECT_EQ(line.sim.lineBytes(), (Bytes{0xF1, 0x94, 0xF0, 0x01, 0x22, 0xF2}));
-    EXPECT_EQ(answer, (Bytes{0xF1, 0x95, 0xF2, 0x1D, 0xF2}));
-    ASSERT_EQ(line.sim.requests().size(), 1u);
-    EXPECT_EQ(line.sim.requests()[0].kind, brdsim::RequestKind::Fm);
-    EXPECT_EQ(line.sim.requests()[0].data, (Bytes{0xF1, 0x22}));
-    EXPECT_EQ(line.sim.fmState().frequency, 0x1DF2);
-
-    // The system MCU's frames still reach the system MCU.
-    ASSERT_EQ(line.send(MCU_TYPE_FM, {0xF1, 0x00, 0x03, 0x08, 0x44, 0xF2}, &answer), 1);
-    EXPECT_EQ(answer, brdsim::encodeStFrame(0x00, 0x03, 0x08, {0x01}));
-
-    line.sim.queueFault({brdsim::FaultKind::WrongCommand});
-    ASSERT_EQ(line.send(MCU_TYPE_FM, {0xF1, 0x9C, 0xF2, 0xF2}, &answer), 1);
-    EXPECT_EQ(answer, (Bytes{0xF1, 0x9F, 0x02, 0xF2}));
-    line.sim.queueFault({brdsim::FaultKind::SplitAnswer, 30});
-    ASSERT_EQ(line.send(MCU_TYPE_FM, {0xF1, 0x9A, 0xF2, 0xF2}, &answer), 1);
-    EXPECT_EQ(answer, (Bytes{0xF1, 0x9B, 20, 0xF2}));
-}
-
-TEST(TpmsReceiver, DisplayModeOnTheLine) {
-    Line line;
-    Bytes answer;
-    ASSERT_EQ(line.send(MCU_TYPE_CUSTOMISE, {'A', 'T', 'B', '0', '1'}, &answer), 1);
-    EXPECT_EQ(answer, (Bytes{0x01}));
-    ASSERT_EQ(line.sim.requests().size(), 1u);
-    EXPECT_EQ(line.sim.requests()[0].kind, brdsim::RequestKind::Ascii);
-    EXPECT_EQ(line.sim.lineBytes(), (Bytes{'A', 'T', 'B', '0', '1'}));
-    // A late answer is still the answer: the customised time-out is long.
-    line.sim.queueFault({brdsim::FaultKind::LateAnswer, 100});
-    auto t0 = std::chrono::steady_clock::now();
-    ASSERT_EQ(line.send(MCU_TYPE_CUSTOMISE, {'A', 'T', 'B', '0', '1'}, &answer), 1);
-    EXPECT_GE(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(100));
-    EXPECT_EQ(answer, (Bytes{0x01}));
-}
 
 // What the customised decoder handed over, read after read.
 std::mutex g_seenMu;
