@@ -77,7 +77,7 @@ int askAndSend(std::span<const Step> steps, const BYTE* init, size_t initCount, 
         core::exchange(ctx.systemLink, MCU_TYPE_ST, ST_MODE_AP, cmdIndex,
                        {request, static_cast<size_t>(std::clamp(length, 0, MAX_REQUEST))});
     const int verdict = core::report(ctx.systemLink, REPORT_ACK_FIRST, answer, funName);
-    if (verdict != 1 || resultOf == nullptr) return verdict;
+    if (verdict != MCU_RESULT_OK || resultOf == nullptr) return verdict;
     printText(renderSetResult(*resultOf, ctx.systemLink->fd, answer.view()));
     return verdict;
 }
@@ -124,7 +124,7 @@ int runGet(const GetRow& row, int cmdIndex, char* funName) {
     const core::Answer answer =
         core::exchange(ctx.systemLink, MCU_TYPE_ST, ST_MODE_AP, cmdIndex, spanOf(row.request));
     const int verdict = core::report(ctx.systemLink, REPORT_STANDARD, answer, funName);
-    if (verdict != 1) return verdict;
+    if (verdict != MCU_RESULT_OK) return verdict;
     core::warnShortAnswer(answer, bytesRead(row, ctx.product), funName);
     printText(renderGet(row, ctx.systemLink->fd, answer.view(), ctx.product));
     return 1;
@@ -141,7 +141,7 @@ int runRender(Render render, int needed, int cmdIndex, char* funName) {
     const core::HandlerContext ctx = core::handlerContext();
     const core::Answer answer = core::exchange(ctx.systemLink, MCU_TYPE_ST, ST_MODE_AP, cmdIndex);
     const int verdict = core::report(ctx.systemLink, REPORT_STANDARD, answer, funName);
-    if (verdict != 1) return verdict;
+    if (verdict != MCU_RESULT_OK) return verdict;
     core::warnShortAnswer(answer, needed, funName);
     printText(render(answer.view(), ctx.systemLink->fd, ctx.product));
     return 1;
