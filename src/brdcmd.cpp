@@ -30,9 +30,21 @@ void installInterruptHandler() {
     sigaction(SIGINT, &sa, nullptr);
 }
 
+// Whether a row travels on a CAN link (otherwise on the system-MCU link). Read from the
+// row's name until the table carries the link itself.
+bool rowNeedsCan(const FUNCTION_MAP_ENTRY& row) {
+    return strstr(row.name, "NXP_") != nullptr || strstr(row.name, "ST_CAN") != nullptr;
+}
+
+bool devicesFor(const FUNCTION_MAP_ENTRY& row) {
+    bool can = rowNeedsCan(row);
+    return LAUNCH_CHECK_DEVICES(!can, can);
+}
+
 // Runs the handler of `row` the way the system calls handlers: with the row's pool
 // index and a writable copy of its full name.
 int runHandler(const FUNCTION_MAP_ENTRY& row) {
+    if (!devicesFor(row)) return 0;  // the check said which device is missing
     int index = 0;
     findCommandIndex(row.name, &index);
     char funName[128] = {};
@@ -99,6 +111,10 @@ int main(int argc, char** argv) {
     if (fConfig == nullptr) return brdcmd::EXIT_CONFIG;  // the start-up said why on stderr
     putchar('\n');  // ends the port layer's "Locking device ..." text
 
+    if (row != nullptr && !devicesFor(*row)) {
+        LAUNCH_EXIT("CONFIG_MAIN_EXIT", fConfig, 1);
+        return brdcmd::EXIT_CONFIG;
+    }
     int status;
     if (row != nullptr)
         status = runHandler(*row) >= 1 ? brdcmd::EXIT_OK : brdcmd::EXIT_COMMAND_FAILED;
