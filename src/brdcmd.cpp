@@ -1,5 +1,6 @@
 // brdcmd: runs command handlers by name (`brdcmd NAME`), lists the commands
 // (`brdcmd --list [TEXT]`), or offers them in a menu (`brdcmd` alone).
+#include <errno.h>
 #include <signal.h>
 #include <stdio.h>
 #include <string.h>
@@ -65,10 +66,28 @@ int reportResolution(const std::string& typed, const brdcmd::Resolution& res) {
     return brdcmd::EXIT_USAGE;
 }
 
+// Results that could not be written are a failure, not a success: status 1 (an error
+// status already set stays), with one line on stderr.
+int finish(int status) {
+    errno = 0;
+    if (fflush(stdout) == 0 && !ferror(stdout)) return status;
+    fprintf(stderr, "%s: cannot write standard output: %s\n", g_progName,
+            errno != 0 ? strerror(errno) : "write error");
+    return status == brdcmd::EXIT_OK ? brdcmd::EXIT_COMMAND_FAILED : status;
+}
+
+int run(int argc, char** argv);
+
 }  // namespace
 
 int main(int argc, char** argv) {
     openStandardDescriptors();
+    return finish(run(argc, argv));
+}
+
+namespace {
+
+int run(int argc, char** argv) {
     g_progName = "brdcmd";
     const brdcmd::Table table = brdcmd::commandTable();
     const brdcmd::Options opts = brdcmd::parseArgs(std::vector<std::string>(argv + 1, argv + argc));
@@ -123,3 +142,5 @@ int main(int argc, char** argv) {
     LAUNCH_EXIT("CONFIG_MAIN_EXIT", fConfig, 1);
     return status;
 }
+
+}  // namespace
