@@ -318,18 +318,32 @@ void Register_MCU_EventCallBack(BYTE byByte1, BYTE byByte2, void (*callback)(CAL
 }
 
 void ReceiveMessageFromMCU(MCU_CONTENT* mcu_content) {
-    switch (mcu_content->mcuType) {
+    MCU_CONTENT* m = mcu_content;
+    if (m->fd <= 0 && m->mcuType == MCU_TYPE_ST) {
+        ST_DecodingResponse(m);  // logs and counts the lost port
+        return;
+    }
+    BYTE buf[DECODER_READ_SIZE];
+    ssize_t n;
+    do {
+        n = read(m->fd, buf, DECODER_READ_SIZE);
+    } while (n < 0 && errno == EINTR);
+    const auto length = static_cast<unsigned int>(n);  // a failed read as (unsigned)-1
+    // The type is read once the bytes are in, not before the read: a request changes it
+    // only while no answer is outstanding and before it is written, so bytes answering
+    // it always meet its decoder.
+    switch (m->mcuType.load()) {
         case MCU_TYPE_NXP:
-            NXP_DecodingResponse(mcu_content);
+            NXP_DecodeBytes(m, buf, length);
             break;
         case MCU_TYPE_ST:
-            ST_DecodingResponse(mcu_content);
+            ST_DecodeBytes(m, buf, length);
             break;
         case MCU_TYPE_FM:
-            FM_DecodingResponse(mcu_content);
+            FM_DecodeBytes(m, buf, length);
             break;
         case MCU_TYPE_CUSTOMISE:
-            Customise_DecodingResponse(mcu_content);
+            Customise_DecodeBytes(m, buf, length);
             break;
         default:
             break;

@@ -201,6 +201,12 @@ unsigned int stuffFrame(BYTE start, BYTE end, BYTE escape, const BYTE* src, unsi
 // unstuffFrame copies the first byte, then undoes the escapes; returns the output length.
 unsigned int unstuffFrame(BYTE escape, const BYTE* src, unsigned int srcLen, BYTE* dst);
 
+// keepWellFormedFrames copies from a span of line bytes the frames that are well formed
+// (start code, no start code inside, every escape followed by 00-03, end code) in order,
+// dropping the rest; returns the bytes kept and the count of frames dropped in *dropped.
+unsigned int keepWellFormedFrames(BYTE start, BYTE end, BYTE escape, const BYTE* src,
+                                  unsigned int srcLen, BYTE* dst, unsigned int* dropped);
+
 // Command pool and exchange.
 void pushCommandToPool(MCU_CONTENT* mcu_content, int index, int device, int command, int address);
 void pushCommandToPoolCustomise(MCU_CONTENT* mcu_content, int index, BYTE* cmdData, int cmdDataLen);

@@ -39,6 +39,16 @@ void dumpBytes(const MCU_CONTENT* m, int mask, const BYTE* bytes, unsigned int n
     syslog(LOG_DEBUG, "%s", kDashes);
 }
 
+// In update mode the boot loader's answer is one frame: of several well-formed ones in a
+// span the last stands (a start code occurs in a well-formed frame only at its start).
+unsigned int lastFrameOnly(BYTE start, BYTE* frames, unsigned int len) {
+    unsigned int s = len;
+    while (s > 0 && frames[s - 1] != start) --s;
+    if (s <= 1) return len;
+    memmove(frames, frames + s - 1, len - (s - 1));
+    return len - (s - 1);
+}
+
 // ---- ST -------------------------------------------------------------------------
 
 void stClear(MCU_CONTENT* m) {
@@ -213,22 +223,35 @@ int ST_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiveDataLe
         return stDrop(m, 1);
     }
 
-    unsigned int n = unstuffFrame(ESCAPE_CODE_F0, span, nValidDataLength, m->validData);
-    if (m->validData[0] != ST_START_CODE_F1) {
-        syslog(LOG_ERR,
-               "[ST_DecodingResponse] (fd %d) (After Decode) Read data format error "
-               "(ST_START_CODE_F1) !!!",
-               fd);
-        return stDrop(m, 2);
+    // Frames that cannot be frames of this protocol go before any checksum is looked at.
+    BYTE wellFormed[RECEIVE_BUFFER_SIZE];
+    unsigned int dropped = 0;
+    unsigned int kept = keepWellFormedFrames(ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0, span,
+                                             nValidDataLength, wellFormed, &dropped);
+    if (dropped)
+        syslog(LOG_ERR, "[ST_DecodingResponse] (fd %d) %u malformed frame(s) dropped !!!", fd,
+               dropped);
+    if (m->stMode == ST_MODE_UPDATE) kept = lastFrameOnly(ST_START_CODE_F1, wellFormed, kept);
+    unsigned int n = 0;
+    if (kept > 0) {
+        n = unstuffFrame(ESCAPE_CODE_F0, wellFormed, kept, m->validData);
+        if (m->validData[0] != ST_START_CODE_F1) {
+            syslog(LOG_ERR,
+                   "[ST_DecodingResponse] (fd %d) (After Decode) Read data format error "
+                   "(ST_START_CODE_F1) !!!",
+                   fd);
+            return stDrop(m, 2);
+        }
     }
     m->F1_Index = 0;
-    if (m->validData[n - 1] != ST_END_CODE_F2) {
+    if (kept > 0 && m->validData[n - 1] != ST_END_CODE_F2) {
         syslog(LOG_ERR,
                "[ST_DecodingResponse] (fd %d) (After Decode) Read data format error "
                "(ST_END_CODE_F2) !!!",
                fd);
         return stDrop(m, 3);
     }
+    // Nothing left walks no frame in AP mode and fails the checksum in update mode.
     m->validDataLength = static_cast<WORD>(n);
 
     int mode = m->stMode;
@@ -362,7 +385,20 @@ int NXP_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiveDataL
                modeName, ap ? "C1" : "F1");
         return nxpDrop(m, 2);
     }
-    unsigned int n = unstuffFrame(escape, span, nValidDataLength, m->validData);
+    // Frames that cannot be frames of this protocol are dropped before they are read.
+    BYTE wellFormed[RECEIVE_BUFFER_SIZE];
+    unsigned int dropped = 0;
+    unsigned int kept = keepWellFormedFrames(startCode, endCode, escape, span, nValidDataLength,
+                                             wellFormed, &dropped);
+    if (dropped)
+        syslog(LOG_ERR, "[NXP_DecodingResponse] %s %u malformed frame(s) dropped !!!", modeName,
+               dropped);
+    if (kept == 0) {
+        m->validDataLength = 0;
+        return ap ? MCU_RESULT_OK : MCU_RESULT_CRC;
+    }
+    if (!ap) kept = lastFrameOnly(startCode, wellFormed, kept);
+    unsigned int n = unstuffFrame(escape, wellFormed, kept, m->validData);
     if (m->validData[0] != startCode) {
         syslog(LOG_ERR,
                "[NXP_DecodingResponse] %s (After Decode) Read data format error "

@@ -106,6 +106,41 @@ unsigned int unstuffFrame(BYTE escape, const BYTE* src, unsigned int srcLen, BYT
     return n;
 }
 
+unsigned int keepWellFormedFrames(BYTE start, BYTE end, BYTE escape, const BYTE* src,
+                                  unsigned int srcLen, BYTE* dst, unsigned int* dropped) {
+    unsigned int n = 0, bad = 0, i = 0;
+    while (i < srcLen) {
+        if (src[i] != start) {  // bytes between frames belong to none
+            ++i;
+            continue;
+        }
+        unsigned int s = i, j = s + 1;
+        bool valid = true;
+        for (; j < srcLen; ++j) {
+            BYTE b = src[j];
+            if (b == start || b == end) break;
+            // An escape stands for escape+0 to escape+3 only; anything else after it means
+            // the bytes are not a frame of this protocol. The byte after it is still looked
+            // at, so a start or end code there ends the frame.
+            if (b != escape) continue;
+            if (j + 1 < srcLen && src[j + 1] <= ESCAPE_OFFSET_MAX)
+                ++j;
+            else
+                valid = false;
+        }
+        if (j < srcLen && src[j] == end && valid) {
+            memcpy(dst + n, src + s, j - s + 1);
+            n += j - s + 1;
+            i = j + 1;
+            continue;
+        }
+        ++bad;  // cut short by a start code, left open, or badly escaped
+        i = j < srcLen && src[j] == start ? j : j + 1;
+    }
+    if (dropped) *dropped = bad;
+    return n;
+}
+
 WORD Data_Encoding(MCU_CONTENT* mcu_content, BYTE* _Dst, unsigned int _DstSize, BYTE* _Src,
                    unsigned int _SrcSize) {
     (void)_DstSize;  // callers hand a SEND_BUFFER_SIZE array; that is the bound used

@@ -10,8 +10,10 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include "UART_LIB.h"
@@ -19,8 +21,38 @@
 #include "launch.h"
 
 InitStatus initStatus = INIT_OK;
+std::string g_configPath;
 BrdConfig g_config;
 char szArchitecture[65] = {};
+
+std::string shownText(const std::string& text) {
+    // What the file or the environment holds is echoed clipped and with control bytes
+    // and bytes above 0x7E escaped, so it cannot flood or drive the user's terminal.
+    constexpr size_t kLimit = 80;
+    std::string out;
+    size_t i = 0;
+    for (; i < text.size() && i < kLimit; ++i) {
+        unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c >= 0x20 && c < 0x7F && c != '\\') {
+            out += static_cast<char>(c);
+        } else {
+            char esc[8];
+            snprintf(esc, sizeof esc, "\\x%02x", c);
+            out += esc;
+        }
+    }
+    if (i < text.size()) out += "...";
+    return out;
+}
+
+const char* productNameProblem(const std::string& bare) {
+    // The name becomes part of a file path and is kept in a 64-byte buffer with its line
+    // end and a NUL.
+    if (bare.find('/') != std::string::npos) return "it contains '/'";
+    if (!bare.empty() && bare[0] == '.') return "it starts with '.'";
+    if (bare.size() > kMaxProductName) return "it is longer than 62 characters";
+    return nullptr;
+}
 
 namespace {
 
@@ -98,11 +130,11 @@ bool parseDevice(const std::string& value, DeviceConfig* dev, std::string* why) 
         return false;
     }
     if (!parseInt(baud, &dev->baudrate) || !supportedBaud(dev->baudrate)) {
-        *why = "bad baud rate '" + baud + "'";
+        *why = "bad baud rate '" + shownText(baud) + "'";
         return false;
     }
     if (enabled != "0" && enabled != "1") {
-        *why = "enabled must be 0 or 1, not '" + enabled + "'";
+        *why = "enabled must be 0 or 1, not '" + shownText(enabled) + "'";
         return false;
     }
     dev->enabled = enabled == "1";
@@ -125,7 +157,7 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     unsigned long number = 0;
     auto number32 = [&](unsigned long* dst) {
         if (!parseNumber(value, &number)) {
-            *why = "bad number '" + value + "' for " + key;
+            *why = "bad number '" + shownText(value) + "' for " + key;
             return false;
         }
         *dst = number;
@@ -133,7 +165,7 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     };
     auto numberInt = [&](int* dst) {
         if (!parseInt(value, dst)) {
-            *why = "bad number '" + value + "' for " + key;
+            *why = "bad number '" + shownText(value) + "' for " + key;
             return false;
         }
         return true;
@@ -144,7 +176,15 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
                 cfg->hasMcu = true;
                 return parseDevice(value, &cfg->mcu, why);
             }
-            if (key == "DEBUG_LEVEL") return numberInt(&cfg->debugLevel);
+            if (key == "DEBUG_LEVEL") {
+                // A mask: any 32-bit pattern is taken, the top bit included.
+                if (!parseNumber(value, &number) || number > 0xFFFFFFFFul) {
+                    *why = "bad number '" + shownText(value) + "' for " + key;
+                    return false;
+                }
+                cfg->debugLevel = static_cast<int>(static_cast<uint32_t>(number));
+                return true;
+            }
             break;
         case Section::McuUpdate:
             if (key == "FILE_PATH") return (cfg->mcuFilePath = value, true);
@@ -167,10 +207,10 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
             if (key == "FILE_PATH") return (cfg->canFilePath = value, true);
             break;
         case Section::None:
-            *why = "'" + key + "' outside any section";
+            *why = "'" + shownText(key) + "' outside any section";
             return false;
     }
-    *why = "unknown key '" + key + "'";
+    *why = "unknown key '" + shownText(key) + "'";
     return false;
 }
 
@@ -198,8 +238,15 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
     size_t cap = 0;
     int lineNo = 0;
     bool ok = true;
-    while (ok && getline(&raw, &cap, f) >= 0) {
+    std::map<std::pair<Section, std::string>, int> firstSeen;  // key -> line it was set on
+    ssize_t got;
+    while (ok && (got = getline(&raw, &cap, f)) >= 0) {
         ++lineNo;
+        if (memchr(raw, '\0', static_cast<size_t>(got)) != nullptr) {
+            *error = fileName + ":" + std::to_string(lineNo) + ": NUL byte in the line";
+            ok = false;
+            break;
+        }
         std::string line = trim(stripComment(raw));
         if (line.empty()) continue;
         std::string why;
@@ -213,7 +260,7 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
             else if (line == "<CAN_UPDATE_INFO>")
                 sec = Section::CanUpdate;
             else
-                why = "unknown section '" + line + "'";
+                why = "unknown section '" + shownText(line) + "'";
         } else {
             size_t eq = line.find('=');
             if (eq == std::string::npos)
@@ -221,10 +268,14 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
             else {
                 std::string key = trim(line.substr(0, eq));
                 std::string value = trim(line.substr(eq + 1));
+                auto seen = firstSeen.find({sec, key});
                 if (key.empty())
                     why = "expected KEY=VALUE";
-                else
-                    applyKey(sec, key, value, cfg, &why);
+                else if (seen != firstSeen.end() && key != "CAN_DEVICE")
+                    why = "'" + shownText(key) + "' repeated (first set on line " +
+                          std::to_string(seen->second) + ")";
+                else if (applyKey(sec, key, value, cfg, &why))
+                    firstSeen.emplace(std::make_pair(sec, key), lineNo);
             }
         }
         if (!why.empty()) {
@@ -302,7 +353,34 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
     struct utsname uts;
     if (uname(&uts) == 0) snprintf(szArchitecture, sizeof szArchitecture, "%s", uts.machine);
     std::string product = detectProductName();
+    std::string bare = product.empty() ? "" : product.substr(0, product.size() - 1);
+    if (const char* problem = productNameProblem(bare)) {
+        syslog(LOG_ERR, "Product name refused");
+        fprintf(stderr, "%s: product name '%s' refused: %s\n", g_progName, shownText(bare).c_str(),
+                problem);
+        initStatus = INIT_NO_CONFIG;
+        return nullptr;
+    }
     snprintf(szProductName, sizeof szProductName, "%s", product.c_str());
+    const char* dirEnv = getenv("BRDCTL_CONFIG_DIR");
+    if (dirEnv != nullptr && *dirEnv != '\0') {
+        // A directory named on purpose that cannot be searched is a mistake to report,
+        // not a reason to fall back silently to the next place.
+        struct stat st;
+        const char* why = nullptr;
+        if (stat(dirEnv, &st) != 0)
+            why = strerror(errno);
+        else if (!S_ISDIR(st.st_mode))
+            why = "not a directory";
+        else if (access(dirEnv, X_OK) != 0)
+            why = strerror(errno);
+        if (why != nullptr) {
+            fprintf(stderr, "%s: BRDCTL_CONFIG_DIR %s: cannot search: %s\n", g_progName,
+                    shownText(dirEnv).c_str(), why);
+            initStatus = INIT_BAD_CONFIG;
+            return nullptr;
+        }
+    }
     std::string searched;
     std::string path = product.empty() ? "" : findConfigFile(product, &searched);
     if (path.empty()) {
@@ -316,15 +394,16 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
                     "product name)\n",
                     g_progName);
         else
-            fprintf(stderr, "%s: no configuration file %.*s.conf for product %.*s in %s\n",
-                    g_progName, static_cast<int>(product.size() - 1), product.c_str(),
-                    static_cast<int>(product.size() - 1), product.c_str(), searched.c_str());
+            fprintf(stderr, "%s: no configuration file %s.conf for product %s in %s\n", g_progName,
+                    shownText(bare).c_str(), shownText(bare).c_str(), shownText(searched).c_str());
         initStatus = INIT_NO_CONFIG;
         return nullptr;
     }
+    g_configPath = path;
     FILE* f = fopen(path.c_str(), "r");
     if (f == nullptr) {
-        fprintf(stderr, "%s: cannot read %s: %s\n", g_progName, path.c_str(), strerror(errno));
+        fprintf(stderr, "%s: cannot read %s: %s\n", g_progName, shownText(path).c_str(),
+                strerror(errno));
         initStatus = INIT_BAD_CONFIG;
         return nullptr;
     }
@@ -344,6 +423,17 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
     }
     INIT_CMD_POOL();
     return f;
+}
+
+bool LAUNCH_CHECK_DEVICES(bool needsMcu, bool needsCan) {
+    const char* missing = nullptr;
+    if (needsMcu && mcu_content == nullptr)
+        missing = "no enabled MCU_DEVICE in <MCU_INFO>, which this command needs";
+    else if (needsCan && nCANDevice < 1)
+        missing = "no enabled CAN_DEVICE in <CAN_INFO>, which this command needs";
+    if (missing == nullptr) return true;
+    fprintf(stderr, "%s: %s: %s\n", g_progName, g_configPath.c_str(), missing);
+    return false;
 }
 
 int LAUNCH_EXIT(const char* mode, FILE* fConfig, int flag) {
