@@ -40,7 +40,8 @@ int runFm(const fm::Row& row, int cmdIndex, char* funName) {
         entry->cmd_data[HIGH_AT] = data3;
     } else if (entry && row.menu) {
         entry->cmd_data[VALUE_AT] = value;
-    } else if (entry && row.reading == fm::Reading::Seek) {
+    } else if (entry &&
+               (row.reading == fm::Reading::SeekUp || row.reading == fm::Reading::SeekDown)) {
         entry->cmd_data[VALUE_AT] = data2;
         entry->cmd_data[HIGH_AT] = data3;
     }

@@ -42,7 +42,8 @@ size_t bytesNeeded(Reading r) {
         case Reading::Voice:
         case Reading::Zone:
             return 3;
-        case Reading::Seek:
+        case Reading::SeekUp:
+        case Reading::SeekDown:
             return 4;
         case Reading::Byte4Status:
             return 5;
@@ -105,9 +106,9 @@ const Row PS_ROW{"============         Get FM PS         ==========", nullptr,
 const Row RDS_ROW{"============         Get FM RDS         ==========", nullptr,
                   Reading::DataBytes, "\nRDS Data : ", true, true};
 const Row SEEK_UP_ROW{"============         FM Seek UP         ==========", nullptr,
-                      Reading::Seek, "\n\tSeek UP frequency : %.2f MHz\n", true, true};
+                      Reading::SeekUp, nullptr, true, true};
 const Row SEEK_DOWN_ROW{"============         FM Seek Down        ==========", nullptr,
-                        Reading::Seek, "\n\tSeek Down frequency : %.2f MHz\n", true, true};
+                        Reading::SeekDown, nullptr, true, true};
 const Row AUDIO_ROW{"============         FM Audio Switch      ==========", &AUDIO_MENU,
                     Reading::Status, nullptr, true, false};
 const Row VOICE_ROW{"============         Get FM Voice     ==========", nullptr,
@@ -206,10 +207,14 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
                 for (size_t i = 2; i <= len - 2; ++i) append(out, "0x%02X ", answer[i]);
             out += '\n';
             break;
-        case Reading::Seek: {
+        case Reading::SeekUp:
+        case Reading::SeekDown: {
             uint16_t f = frequencyOf(answer[2], answer[3]);
             o.frequency = f;
-            append(out, row.label, megahertz(f));
+            if (row.reading == Reading::SeekUp)
+                append(out, "\n\tSeek UP frequency : %.2f MHz\n", megahertz(f));
+            else
+                append(out, "\n\tSeek Down frequency : %.2f MHz\n", megahertz(f));
             break;
         }
         case Reading::Voice:

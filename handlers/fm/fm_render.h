@@ -18,10 +18,11 @@ enum class Reading {
     AutoScan,      // the stations found, from byte 3, two bytes each
     RdsStatus,     // bits 0..2 of byte 2: PID, PS and RDS received
     DataBytes,     // the bytes between byte 2 and the last one (PID, PS, RDS)
-    Seek,          // bytes 2..3: the frequency found, kept for the next seek
-    Voice,         // byte 2: the volume level (above 62 counts as failure)
-    Zone,          // byte 2: the zone
-    Byte4Status,   // byte 4 = 1: success (answers in the system MCU's frame)
+    SeekUp,        // bytes 2..3: the frequency found, kept for the next seek
+    SeekDown,
+    Voice,        // byte 2: the volume level (above 62 counts as failure)
+    Zone,         // byte 2: the zone
+    Byte4Status,  // byte 4 = 1: success (answers in the system MCU's frame)
 };
 
 // A menu of a setting command: its lines, the rule under them, the prompt, the range.
@@ -37,7 +38,7 @@ struct Row {
     const char* title;
     const Menu* menu;  // null: nothing asked
     Reading reading;
-    const char* label;  // DataBytes: the text before the bytes; Seek: the format
+    const char* label;  // DataBytes: the text before the bytes
     bool checkCommand;  // byte 1 must be the request's command byte plus one
     // A command-byte mismatch keeps the exchange's result 1 (else the result is 0).
     bool keepResultOnMismatch;
