@@ -9,6 +9,9 @@ namespace shapes {
 
 namespace {
 
+// The shorter rule some menus end with.
+constexpr size_t RULE54_LENGTH = 54;
+
 BYTE byteAt(std::span<const BYTE> bytes, int i) {
     return i >= 0 && static_cast<size_t>(i) < bytes.size() ? bytes[static_cast<size_t>(i)] : 0;
 }
@@ -49,7 +52,7 @@ std::string ruleLine(Rule rule) {
         case Rule::Long:
             return std::string(RULE56) + "\n";
         case Rule::Short:
-            return std::string(54, '=') + "\n";
+            return std::string(RULE54_LENGTH, '=') + "\n";
     }
     return {};
 }

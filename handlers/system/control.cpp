@@ -22,7 +22,6 @@ constexpr Products CAN_POWER_TWO = {.names = {"KX22"}};
 
 // ---------------------------------------------------------------- one menu
 
-// ---------------------------------------------------------------- control: one menu
 const MenuRow SET_BOOT_MODE = {
     "========\t\tBoot Mode\t\t========",
     {"0. No Power.\t(All LED Off)", "1. Enter BIOS.\t(RED LED On)", "2. Enter OS.\t(BLUE LED On)"}};

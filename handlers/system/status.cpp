@@ -34,7 +34,6 @@ constexpr Products SIM_DETECT_MODELS = {
 
 // ---------------------------------------------------------------- a named state
 
-// ---------------------------------------------------------------- status: a named state
 const GetRow GET_OS_CONTROL = {
     .lines = {{.states = {{0, "OS Contrl is None."}, {1, "OS Contrl is Auto Reboot."}}}}};
 int FUNC_ST_SYSTEM_GET_OS_CONTROL(int cmdIndex, char* funName) {
