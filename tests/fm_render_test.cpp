@@ -36,7 +36,7 @@ struct AnswerCase {
     std::string body;  // between the received bytes and the closing rule
     int result;
     int newFrequency = -1;  // a seek's frequency, -1: none
-    bool warns = false;
+    bool warns = false;     // too short for the bytes it reads
 };
 
 // clang-format off
@@ -89,14 +89,11 @@ const AnswerCase ANSWERS[] = {
 
 TEST(FmRender, AnswersReadAsEachHandlerSays) {
     for (const AnswerCase& c : ANSWERS) {
-        fm::Outcome o =
-            fm::renderAnswer(*c.row, c.answer, {c.command, c.frequency}, 7, "NAME", "brdcmd");
+        fm::Outcome o = fm::renderAnswer(*c.row, c.answer, {c.command, c.frequency}, 7, "NAME");
         EXPECT_EQ(o.out, received(c.answer) + c.body + CLOSING) << c.what;
         EXPECT_EQ(o.result, c.result) << c.what;
         EXPECT_EQ(o.frequency ? int(*o.frequency) : -1, c.newFrequency) << c.what;
-        EXPECT_EQ(o.err.rfind("brdcmd: short answer to NAME: ", 0) == 0, c.warns)
-            << c.what << ": " << o.err;
-        EXPECT_EQ(o.err.empty(), !c.warns) << c.what;
+        EXPECT_EQ(c.answer.size() < fm::bytesNeeded(*c.row), c.warns) << c.what;
     }
 }
 

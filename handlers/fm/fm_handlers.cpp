@@ -9,6 +9,7 @@
 #include "exchange.h"
 #include "fm_render.h"
 #include "prompt.h"
+#include "report.h"
 #include "text.h"
 
 BYTE data2 = 0x2E;  // 8750: 87.50 MHz
@@ -49,10 +50,9 @@ int runFm(const fm::Row& row, int cmdIndex, char* funName) {
     core::Answer answer = core::exchange(link, MCU_TYPE_FM, core::apModeOf(MCU_TYPE_FM), cmdIndex);
     if (!answer.ok()) return answer.result;  // the front end reports it
     BYTE command = static_cast<BYTE>(entry ? entry->cmd_data[COMMAND_AT] : 0);
-    fm::Outcome o =
-        fm::renderAnswer(row, answer.view(), {command, frequency}, link->fd, funName, ctx.progName);
+    core::warnShortAnswer(answer, static_cast<int>(fm::bytesNeeded(row)), funName);
+    fm::Outcome o = fm::renderAnswer(row, answer.view(), {command, frequency}, link->fd, funName);
     core::printText(o.out);
-    if (!o.err.empty()) fputs(o.err.c_str(), stderr);
     if (o.frequency) {
         data2 = fm::frequencyLow(*o.frequency);
         data3 = fm::frequencyHigh(*o.frequency);

@@ -33,9 +33,10 @@ constexpr Menu FREQUENCY_MENU{FREQUENCY_LINES, MENU_RULE, "Which frequency you w
                               10790,           true};
 constexpr Menu AUDIO_MENU{AUDIO_LINES, MENU_RULE, SELECT, 0, 1, false};
 
-// The highest answer position a reading needs (0: it checks the length itself).
-size_t bytesNeeded(Reading r) {
-    switch (r) {
+}  // namespace
+
+size_t bytesNeeded(const Row& row) {
+    switch (row.reading) {
         case Reading::Status:
         case Reading::SetFrequency:
         case Reading::RdsStatus:
@@ -53,6 +54,8 @@ size_t bytesNeeded(Reading r) {
     }
     return 0;
 }
+
+namespace {
 
 void append(std::string& out, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 void append(std::string& out, const char* fmt, ...) {
@@ -133,7 +136,7 @@ std::string renderIntro(const Row& row) {
 }
 
 Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request& request, int fd,
-                     const char* funName, const char* program) {
+                     const char* funName) {
     Outcome o;
     std::string& out = o.out;
     const size_t len = answer.size();
@@ -148,12 +151,7 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
         line(out, CLOSING_RULE);
         return o;
     }
-    size_t need = bytesNeeded(row.reading);
-    if (len < need) {
-        char warn[256];
-        snprintf(warn, sizeof warn, "%s: short answer to %s: %zu of %zu bytes\n", program, funName,
-                 len, need);
-        o.err = warn;
+    if (len < bytesNeeded(row)) {
         // Nothing past the answer is read; a setting or a level counts as not done.
         bool fails = row.reading == Reading::Status || row.reading == Reading::SetFrequency ||
                      row.reading == Reading::Voice || row.reading == Reading::Byte4Status;

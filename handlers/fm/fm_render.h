@@ -52,9 +52,11 @@ extern const Row POWER_ROW, CONFIG_ROW, VOLUME_ROW, MUTE_ROW, FREQUENCY_ROW, AUT
 // What a handler prints before it asks anything: the title, and the menu with its prompt.
 std::string renderIntro(const Row& row);
 
+// How many answer bytes `row`'s reading needs (0: it looks at the length itself).
+size_t bytesNeeded(const Row& row);
+
 struct Outcome {
     std::string out;  // stdout, from the "Result" rule to the closing rule
-    std::string err;  // a short-answer warning, or empty
     int result = 1;
     std::optional<uint16_t> frequency;  // a seek's new frequency (10 kHz units)
 };
@@ -65,9 +67,9 @@ struct Request {
 };
 
 // Renders the module's answer (every byte the decoder delivered, F1 .. F2) to `row`'s
-// request. `program` prefixes the short-answer warning.
+// request. An answer shorter than bytesNeeded() is not read past.
 Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request& request, int fd,
-                     const char* funName, const char* program);
+                     const char* funName);
 
 // A frequency in 10 kHz units as the module's low and high byte, and back.
 inline BYTE frequencyLow(uint16_t f) {
