@@ -3,6 +3,9 @@
 
 JOBS    ?= $(shell nproc)
 CMAKE_GEN = -G Ninja
+# WERROR=1 turns compiler warnings into errors (the CI runs do): `make test WERROR=1`.
+WERROR  ?= 0
+WERROR_OPT = -DBRD_WERROR=$(if $(filter 1 ON on yes,$(WERROR)),ON,OFF)
 PKGS     = cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev clang clang-format
 
 .PHONY: all deps build test test-asan test-tsan demo bench fuzz format clean
@@ -18,27 +21,24 @@ deps:
 	  apt-get update && DEBIAN_FRONTEND=noninteractive apt-get install -y $$missing; \
 	fi
 
-build/build.ninja: | deps
-	cmake -S . -B build $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo
-
-build: deps build/build.ninja
+# Configured on every run (quick when nothing changed) so WERROR takes effect on an
+# existing build directory too.
+build: deps
+	cmake -S . -B build $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(WERROR_OPT)
 	cmake --build build -j $(JOBS)
 
 test: build
 	ctest --test-dir build --output-on-failure -j $(JOBS)
 
-build-asan/build.ninja: | deps
-	cmake -S . -B build-asan $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DBRD_SANITIZE=address,undefined
-
-test-asan: deps build-asan/build.ninja
+test-asan: deps
+	cmake -S . -B build-asan $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DBRD_SANITIZE=address,undefined \
+	  $(WERROR_OPT)
 	cmake --build build-asan -j $(JOBS)
 	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --test-dir build-asan --output-on-failure -j $(JOBS)
 
-build-tsan/build.ninja: | deps
-	cmake -S . -B build-tsan $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DBRD_SANITIZE=thread
-
-test-tsan: deps build-tsan/build.ninja
+test-tsan: deps
+	cmake -S . -B build-tsan $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DBRD_SANITIZE=thread $(WERROR_OPT)
 	cmake --build build-tsan -j $(JOBS)
 	TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build-tsan --output-on-failure -j $(JOBS)
 
