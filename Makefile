@@ -3,12 +3,13 @@
 
 JOBS    ?= $(shell nproc)
 CMAKE_GEN = -G Ninja
-# WERROR=1 turns compiler warnings into errors (the CI runs do): `make test WERROR=1`.
-WERROR  ?= 0
-WERROR_OPT = -DBRD_WERROR=$(if $(filter 1 ON on yes,$(WERROR)),ON,OFF)
-PKGS     = cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev clang clang-format
+# WERROR=1 turns compiler warnings into errors (the CI runs do): `make test WERROR=1`;
+# WERROR=0 turns it off again; unset, a build directory keeps what it was configured with.
+WERROR_OPT = $(if $(WERROR),-DBRD_WERROR=$(if $(filter 1 ON on yes,$(WERROR)),ON,OFF))
+PKGS     = cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev clang clang-format \
+           clang-tidy
 
-.PHONY: all deps build test test-asan test-tsan demo bench fuzz format clean
+.PHONY: all deps build test test-asan test-tsan demo bench fuzz format format-check tidy clean
 
 all: build
 
@@ -54,6 +55,11 @@ build-fuzz/build.ninja: | deps
 fuzz: deps build-fuzz/build.ninja
 	cmake --build build-fuzz -j $(JOBS)
 	./scripts/fuzz.sh build-fuzz
+
+# clang-tidy (checks in .clang-tidy) over the programs' sources, through the build's
+# compile database; tests, benchmarks and fuzz targets are left out.
+tidy: build
+	run-clang-tidy -p build -j $(JOBS) -quiet '^$(CURDIR)/(lib|core|handlers|src|sim)/'
 
 format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')

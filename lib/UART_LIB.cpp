@@ -125,7 +125,7 @@ int UART_Open(const char* path, int baudrate, UART_MODE mode, UART_TYPE type,
 
     struct termios saved;
     memset(&saved, 0, sizeof saved);
-    tcgetattr(fd, &saved);
+    if (tcgetattr(fd, &saved) != 0) syslog(LOG_ERR, "Reading the settings of %s failed", path);
     struct termios settings;
     if (newtio) {
         settings = *newtio;
@@ -133,8 +133,8 @@ int UART_Open(const char* path, int baudrate, UART_MODE mode, UART_TYPE type,
     } else {
         settings = makeTIO(baudrate, mode);
     }
-    tcflush(fd, TCIFLUSH);
-    tcsetattr(fd, TCSANOW, &settings);
+    if (tcflush(fd, TCIFLUSH) != 0) syslog(LOG_ERR, "Flushing %s failed", path);
+    if (tcsetattr(fd, TCSANOW, &settings) != 0) syslog(LOG_ERR, "Configuring %s failed", path);
 
     std::lock_guard<std::mutex> g(g_portMutex);
     PortState* p = findPort(fd);
@@ -148,7 +148,8 @@ int UART_Close(int fd) {
     if (fd > 0) {
         std::lock_guard<std::mutex> g(g_portMutex);
         PortState* p = findPort(fd);
-        if (p) tcsetattr(fd, TCSANOW, &p->saved);
+        if (p && tcsetattr(fd, TCSANOW, &p->saved) != 0)
+            syslog(LOG_ERR, "Restoring the device settings failed");
         // Unlock before closing: once closed, the number may already belong to another
         // thread's descriptor.
         if (p && p->locked) {
