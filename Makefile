@@ -64,5 +64,9 @@ tidy: build
 format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')
 
+# Fails, naming the places, when a tracked source is not formatted.
+format-check: deps
+	clang-format --dry-run -Werror $$(git ls-files '*.cpp' '*.h')
+
 clean:
 	rm -rf build build-asan build-tsan build-fuzz
