@@ -52,9 +52,11 @@ bench: build
 build-fuzz/build.ninja: | deps
 	CXX=clang++ cmake -S . -B build-fuzz $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF
 
+# FUZZ_SECONDS: how long each target runs (`make fuzz FUZZ_SECONDS=10` in CI).
+FUZZ_SECONDS ?= 30
 fuzz: deps build-fuzz/build.ninja
 	cmake --build build-fuzz -j $(JOBS)
-	./scripts/fuzz.sh build-fuzz
+	FUZZ_SECONDS=$(FUZZ_SECONDS) ./scripts/fuzz.sh build-fuzz
 
 # clang-tidy (checks in .clang-tidy) over the programs' sources, through the build's
 # compile database; tests, benchmarks and fuzz targets are left out.
