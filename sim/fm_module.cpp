@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "mcu_base.h"
+#include "sim_frame.h"
 
 namespace brdsim {
 
@@ -109,16 +109,16 @@ FmState fmDefaults(const std::string& product) {
 }
 
 bool isFmFrame(const Bytes& lineFrame) {
-    return lineFrame.size() >= 3 && lineFrame[0] == ST_START_CODE_F1 && lineFrame[1] >= 0x80;
+    return lineFrame.size() >= 3 && lineFrame[0] == kFrameStart && lineFrame[1] >= 0x80;
 }
 
 Bytes fmUnescape(const Bytes& lineFrame) {
     Bytes out;
     for (size_t i = 0; i < lineFrame.size(); ++i) {
         uint8_t b = lineFrame[i];
-        if (b == ESCAPE_CODE_F0 && i + 1 < lineFrame.size() &&
+        if (b == kFrameEscape && i + 1 < lineFrame.size() &&
             (lineFrame[i + 1] == 0x01 || lineFrame[i + 1] == 0x02)) {
-            out.push_back(static_cast<uint8_t>(ESCAPE_CODE_F0 + lineFrame[++i]));
+            out.push_back(static_cast<uint8_t>(kFrameEscape + lineFrame[++i]));
         } else {
             out.push_back(b);
         }
@@ -127,12 +127,7 @@ Bytes fmUnescape(const Bytes& lineFrame) {
 }
 
 Bytes encodeFmFrame(const Bytes& payload) {
-    Bytes out(2 * payload.size() + 2);
-    unsigned int n = stuffFrame(ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0, payload.data(),
-                                static_cast<unsigned int>(payload.size()), out.data(),
-                                static_cast<unsigned int>(out.size()));
-    out.resize(n);
-    return out;
+    return stuff(payload);
 }
 
 uint16_t fmZoneLow(uint8_t zone) {
