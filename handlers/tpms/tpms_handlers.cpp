@@ -92,8 +92,10 @@ struct Pipe {
 void waitForInterrupt(int wakeFd) {
     while (!stopTPMSReadFlag) {
         struct pollfd p = {wakeFd, POLLIN, 0};
-        // Without a pipe (out of descriptors) the flag is still looked at every 10 ms.
-        poll(wakeFd >= 0 ? &p : nullptr, wakeFd >= 0 ? 1 : 0, 10);
+        // The interrupt writes to the pipe after setting the flag. Without a pipe (out of
+        // descriptors) or when poll fails, the flag is looked at every 10 ms.
+        int woken = wakeFd >= 0 ? poll(&p, 1, 1000) : -1;
+        if (woken < 0) usleep(10000);
     }
 }
 
