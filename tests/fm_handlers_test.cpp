@@ -4,13 +4,6 @@
 // the FM time-out and the real-time wait ended by the interrupt.
 #include "fm/fm_handlers.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -21,11 +14,10 @@
 #include <vector>
 
 #include "board_fixture.h"
+#include "interactive_program.h"
 #include "run_program.h"
 #include "tpms.h"
 #include "tpms/tpms_handlers.h"
-
-extern char** environ;
 
 namespace {
 
@@ -230,82 +222,6 @@ TEST(TpmsHandlers, SensorList) {
 
 // ---- brdcmd from the outside ----
 
-// brdcmd as a child whose input we write and whose output (stdout and stderr) we read
-// while it runs.
-class Child {
-   public:
-    Child(std::vector<std::string> args, std::vector<std::string> env) {
-        int in[2], out[2];
-        if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC)) return;
-        posix_spawn_file_actions_t fa;
-        posix_spawn_file_actions_init(&fa);
-        posix_spawn_file_actions_adddup2(&fa, in[0], 0);
-        posix_spawn_file_actions_adddup2(&fa, out[1], 1);
-        posix_spawn_file_actions_adddup2(&fa, out[1], 2);
-        args.insert(args.begin(), BRDCMD_BIN);
-        for (char** e = environ; *e; ++e) env.emplace_back(*e);  // the first of a name wins
-        std::vector<char*> argv, envp;
-        for (auto& a : args) argv.push_back(a.data());
-        for (auto& e : env) envp.push_back(e.data());
-        argv.push_back(nullptr);
-        envp.push_back(nullptr);
-        if (posix_spawn(&pid_, BRDCMD_BIN, &fa, nullptr, argv.data(), envp.data()) != 0) pid_ = -1;
-        posix_spawn_file_actions_destroy(&fa);
-        close(in[0]);
-        close(out[1]);
-        in_ = in[1];
-        out_ = out[0];
-    }
-    ~Child() {
-        if (pid_ > 0) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-        for (int fd : {in_, out_})
-            if (fd >= 0) close(fd);
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    void type(const std::string& text) {
-        EXPECT_EQ(write(in_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    }
-    // Reads until the output holds `text` `times` times; false after 10 s or at its end.
-    bool waitFor(const std::string& text, size_t times = 1) {
-        auto until = Clock::now() + std::chrono::seconds(10);
-        while (count(out, text) < times)
-            if (Clock::now() > until || !pump()) return false;
-        return true;
-    }
-    void interrupt() { kill(pid_, SIGINT); }
-    // Closes its input, reads to the end and returns the exit status.
-    int finish() {
-        close(in_);
-        in_ = -1;
-        while (pump()) {
-        }
-        int status = 0;
-        waitpid(pid_, &status, 0);
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-    std::string out;
-
-   private:
-    bool pump() {
-        struct pollfd p = {out_, POLLIN, 0};
-        if (poll(&p, 1, 10000) != 1) return false;
-        char buf[4096];
-        ssize_t n = read(out_, buf, sizeof buf);
-        if (n > 0) out.append(buf, static_cast<size_t>(n));
-        return n > 0;
-    }
-
-    pid_t pid_ = -1;
-    int in_ = -1, out_ = -1;
-};
-
 class FmProgram : public ::testing::Test {
    protected:
     void SetUp() override {
@@ -369,13 +285,13 @@ const std::string WAITING =
 TEST_F(FmProgram, RealTimeWaitEndsOnInterrupt) {
     configure(true);
     {
-        Child quiet({"TPMS_GET_REALTIME_DATA"}, env());
+        InteractiveProgram quiet(BRDCMD_BIN, {"TPMS_GET_REALTIME_DATA"}, env());
         ASSERT_TRUE(quiet.waitFor(WAITING)) << quiet.out;
         quiet.interrupt();
         EXPECT_EQ(quiet.finish(), 0) << quiet.out;
         EXPECT_EQ(quiet.out.substr(quiet.out.find("mcuType")), WAITING + "\nExit.\n");
     }
-    Child child({"TPMS_GET_REALTIME_DATA"}, env());
+    InteractiveProgram child(BRDCMD_BIN, {"TPMS_GET_REALTIME_DATA"}, env());
     ASSERT_TRUE(child.waitFor(WAITING)) << child.out;
     auto sensors = brdsim::tpmsDefaultSensors();
     const char* const ends[] = {" 4A 00\n", " 4B 00\n", " 4C 01\n"};
@@ -396,7 +312,7 @@ TEST_F(FmProgram, RealTimeWaitEndsOnInterrupt) {
 
 TEST_F(FmProgram, MenuNamesTheWheelsOfTheSensorList) {
     configure(true);
-    Child child({}, env());
+    InteractiveProgram child(BRDCMD_BIN, {}, env());
     ASSERT_TRUE(child.waitFor("Select a group: ")) << child.out;
     std::smatch m;
     ASSERT_TRUE(std::regex_search(child.out, m, std::regex(" *([0-9]+)\\. TPMS\n")));
