@@ -1,8 +1,7 @@
 // The FM rows and the renders of the module's answers.
 #include "fm_render.h"
 
-#include <cstdarg>
-#include <cstdio>
+#include "text.h"
 
 namespace fm {
 
@@ -57,27 +56,17 @@ size_t bytesNeeded(const Row& row) {
 
 namespace {
 
-void append(std::string& out, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
-void append(std::string& out, const char* fmt, ...) {
-    char buf[256];
-    va_list ap;
-    va_start(ap, fmt);
-    int n = vsnprintf(buf, sizeof buf, fmt, ap);
-    va_end(ap);
-    if (n > 0) out.append(buf, static_cast<size_t>(n) < sizeof buf ? n : sizeof buf - 1);
-}
-
 void line(std::string& out, const char* text) {
     out += text;
     out += '\n';
 }
 
 void success(std::string& out, int fd, const char* funName) {
-    append(out, "\tfd(%d) %s command executed successfully.\n", fd, funName);
+    out += core::strprintf("\tfd(%d) %s command executed successfully.\n", fd, funName);
 }
 
 void failure(std::string& out, int fd, const char* funName) {
-    append(out, "\tfd(%d) %s command executed unsuccessfully!!!\n", fd, funName);
+    out += core::strprintf("\tfd(%d) %s command executed unsuccessfully!!!\n", fd, funName);
 }
 
 // A 10 kHz count shown in MHz, computed in single precision as the module's tools do.
@@ -142,7 +131,7 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
     const size_t len = answer.size();
     line(out, RESULT_RULE);
     out += "Receive Data >> ";
-    for (BYTE b : answer) append(out, "0x%02X ", b);
+    for (BYTE b : answer) out += core::strprintf("0x%02X ", b);
     out += '\n';
 
     if (row.checkCommand && (len < 2 || answer[1] != static_cast<BYTE>(request.command + 1))) {
@@ -171,7 +160,8 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
             }
             success(out, fd, funName);
             if (row.reading == Reading::SetFrequency)
-                append(out, "\n\tSet frequency : %.2f MHz\n", megahertz(request.frequency));
+                out +=
+                    core::strprintf("\n\tSet frequency : %.2f MHz\n", megahertz(request.frequency));
             break;
         case Reading::Byte4Status:
             if (answer[4] == 1) {
@@ -186,8 +176,8 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
             // Pairs run while their first byte lies before the answer's last byte.
             if (len > 4)
                 for (size_t i = 3; i < len - 1; i += 2)
-                    append(out, "\tFM Station : %.2f\n",
-                           megahertz(frequencyOf(answer[i], answer[i + 1])));
+                    out += core::strprintf("\tFM Station : %.2f\n",
+                                           megahertz(frequencyOf(answer[i], answer[i + 1])));
             break;
         case Reading::RdsStatus: {
             success(out, fd, funName);
@@ -202,7 +192,7 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
             success(out, fd, funName);
             out += row.label;
             if (len > 3)
-                for (size_t i = 2; i <= len - 2; ++i) append(out, "0x%02X ", answer[i]);
+                for (size_t i = 2; i <= len - 2; ++i) out += core::strprintf("0x%02X ", answer[i]);
             out += '\n';
             break;
         case Reading::SeekUp:
@@ -210,9 +200,9 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
             uint16_t f = frequencyOf(answer[2], answer[3]);
             o.frequency = f;
             if (row.reading == Reading::SeekUp)
-                append(out, "\n\tSeek UP frequency : %.2f MHz\n", megahertz(f));
+                out += core::strprintf("\n\tSeek UP frequency : %.2f MHz\n", megahertz(f));
             else
-                append(out, "\n\tSeek Down frequency : %.2f MHz\n", megahertz(f));
+                out += core::strprintf("\n\tSeek Down frequency : %.2f MHz\n", megahertz(f));
             break;
         }
         case Reading::Voice:
@@ -223,7 +213,7 @@ Outcome renderAnswer(const Row& row, std::span<const BYTE> answer, const Request
                 break;
             }
             success(out, fd, funName);
-            append(out, "\n\tVolume Level : %d\n", answer[2]);
+            out += core::strprintf("\n\tVolume Level : %d\n", answer[2]);
             break;
         case Reading::Zone: {
             static const char* const zones[] = {"\n\tFM Zone : USA", "\n\tFM Zone : EUROPE",
