@@ -322,7 +322,7 @@ void openStandardDescriptors() {
         int opened = open("/dev/null", fd == 0 ? O_RDONLY : O_WRONLY);
         if (opened < 0) _exit(127);  // not even /dev/null: nothing sensible can run
         if (opened != fd) {
-            dup2(opened, fd);
+            if (dup2(opened, fd) != fd) _exit(127);
             close(opened);
         }
     }
@@ -368,11 +368,10 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
         // not a reason to fall back silently to the next place.
         struct stat st;
         const char* why = nullptr;
-        if (stat(dirEnv, &st) != 0)
-            why = strerror(errno);
-        else if (!S_ISDIR(st.st_mode))
+        bool found = stat(dirEnv, &st) == 0;
+        if (found && !S_ISDIR(st.st_mode))
             why = "not a directory";
-        else if (access(dirEnv, X_OK) != 0)
+        else if (!found || access(dirEnv, X_OK) != 0)
             why = strerror(errno);
         if (why != nullptr) {
             fprintf(stderr, "%s: BRDCTL_CONFIG_DIR %s: cannot search: %s\n", g_progName,
