@@ -125,7 +125,6 @@ int LAUNCH_MCU_COMMAND(char* funName, BYTE* DataIn, int DataInLength, BYTE* Data
         if (result == 1) break;
         usleep(1000);
     }
-    if (result == 1) usleep(1000);
     // The MCU needs time to start storing its flash before anything else is sent.
     if (strcmp(funName, "ST_SYSTEM_SET_20_01_FLASH_UPDATE") == 0) usleep(500 * 1000);
     return result;
