@@ -329,8 +329,8 @@ void openStandardDescriptors() {
         if (fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
         int opened = open("/dev/null", fd == 0 ? O_RDONLY : O_WRONLY);
         if (opened < 0) _exit(127);  // not even /dev/null: nothing sensible can run
-        if (opened != fd) {
-            dup2(opened, fd);
+        if (opened != fd) {          // cannot happen: open takes the lowest free number
+            if (dup2(opened, fd) < 0) _exit(127);
             close(opened);
         }
     }
@@ -376,11 +376,10 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
         // not a reason to fall back silently to the next place.
         struct stat st;
         const char* why = nullptr;
-        if (stat(dirEnv, &st) != 0)
-            why = strerror(errno);
-        else if (!S_ISDIR(st.st_mode))
+        bool exists = stat(dirEnv, &st) == 0;
+        if (exists && !S_ISDIR(st.st_mode))
             why = "not a directory";
-        else if (access(dirEnv, X_OK) != 0)
+        else if (!exists || access(dirEnv, X_OK) != 0)
             why = strerror(errno);
         if (why != nullptr) {
             fprintf(stderr, "%s: BRDCTL_CONFIG_DIR %s: cannot search: %s\n", g_progName,

@@ -101,7 +101,7 @@ TEST(HardeningDevice, PortHeldByAnotherProcess) {
     // Released within the deadline: the program goes on and gets its answer.
     std::thread release([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        flock(holder, LOCK_UN);
+        EXPECT_EQ(flock(holder, LOCK_UN), 0);
     });
     ProgramResult r = run(kPrograms[0], dir, {{"BRDCTL_LOCK_TIMEOUT", "5"}});
     release.join();
@@ -158,10 +158,11 @@ pid_t spawn(const char* path, const std::vector<std::string>& args, const std::s
     int moved[3];
     for (int i = 0; i < 3; ++i) moved[i] = std[i] >= 0 ? fcntl(std[i], F_DUPFD_CLOEXEC, 10) : -1;
     for (int i = 0; i < 3; ++i) {
-        if (moved[i] >= 0)
-            dup2(moved[i], i);
-        else
+        if (moved[i] < 0) {
             close(i);
+        } else if (dup2(moved[i], i) < 0) {
+            _exit(126);
+        }
     }
     execv(path, argv.data());
     _exit(127);
@@ -226,7 +227,7 @@ TEST(HardeningDevice, TerminationRestoresThePortSettings) {
         auto end = Clock::now() + std::chrono::seconds(5);
         while (during.c_lflag == before.c_lflag && Clock::now() < end) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            tcgetattr(watcher, &during);
+            if (tcgetattr(watcher, &during) != 0) break;
         }
         ASSERT_NE(during.c_lflag, before.c_lflag);
         kill(pid, sig);
