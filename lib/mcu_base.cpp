@@ -115,6 +115,8 @@ void reveive_thread_function(MCU_CONTENT* mcu_content) {
             }
             break;
         }
+        // An error that is not a hang-up: look again a little later rather than spin.
+        if ((ev & POLLERR) && waitForWake(m, 100)) break;
     }
 }
 
