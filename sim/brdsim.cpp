@@ -17,6 +17,7 @@
 #include <deque>
 #include <optional>
 
+#include "bootloader.h"
 #include "mcu_base.h"
 
 namespace brdsim {
@@ -30,6 +31,7 @@ constexpr uint8_t CMD_SET = 0x03;
 constexpr uint8_t CMD_EVENT = 0x04;
 constexpr uint8_t SET_ACK = 0x01;
 constexpr uint8_t CAN_STREAM_DEVICE = 0x06;
+constexpr uint8_t IAP_DEVICE = 0x03;        // the boot loader's rows
 constexpr size_t MAX_REQUEST_BYTES = 4096;  // a request longer than this is junk
 // Junk that holds no start, end or escape code.
 const Bytes kGarbage = {0x55, 0xAA, 0x13, 0x37};
@@ -88,6 +90,7 @@ Bytes encodeStCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, co
 
 struct Simulator::Impl {
     std::string product;
+    std::unique_ptr<BootLoader> boot;  // answers the IAP rows
 
     // Owned by the serving thread once it runs (opened and closed around it).
     Fd master;
@@ -209,17 +212,21 @@ struct Simulator::Impl {
         }
         Bytes reply;
         std::optional<Fault> fault;
+        std::optional<BootLoader::Reply> bootReply;
+        if (r.crcOk && r.device == IAP_DEVICE) bootReply = boot->st(r.command, r.address, r.data);
         Clock::time_point now = Clock::now();
         {
             std::lock_guard<std::mutex> g(mu);
-            if (r.crcOk) {
+            if (bootReply && bootReply->lost) {
+                reply.clear();
+            } else if (r.crcOk) {
                 if (!faults.empty()) {
                     fault = faults.front();
                     if (--faults.front().count <= 0) faults.pop_front();
                 }
-                Bytes data = answerData(r);
+                Bytes data = bootReply ? bootReply->data : answerData(r);
                 uint8_t device = r.device;
-                uint8_t crcXor = 0;
+                uint8_t crcXor = bootReply && bootReply->corrupt ? 0x5A : 0;
                 if (fault && fault->kind == FaultKind::DeviceFF) device = 0xFF;
                 if (fault && fault->kind == FaultKind::BadCrc) crcXor = 0x5A;
                 Bytes body = {device, r.command, r.address};
@@ -341,6 +348,11 @@ struct Simulator::Impl {
 
 Simulator::Simulator(std::string product) : product_(std::move(product)), impl_(new Impl) {
     impl_->product = product_;
+    impl_->boot = std::make_unique<BootLoader>(stFlashLayout(), product_ + " 0.9.0");
+}
+
+BootLoader& Simulator::bootLoader() {
+    return *impl_->boot;
 }
 
 Simulator::~Simulator() {

@@ -12,9 +12,9 @@
 #include <tuple>
 #include <vector>
 
-namespace brdsim {
+#include "bootloader.h"
 
-using Bytes = std::vector<uint8_t>;
+namespace brdsim {
 
 // What can go wrong with the answer to the next request(s).
 enum class FaultKind {
@@ -82,6 +82,8 @@ class Simulator {
     bool waitForRequests(size_t n, int timeoutMs) const;
     // True once a HangUp fault has closed the line.
     bool hungUp() const;
+    // The system MCU's boot loader and flash (IAP rows, device 3).
+    BootLoader& bootLoader();
 
    private:
     struct Impl;

@@ -219,9 +219,9 @@ TEST(ConfigFile, Values) {
     EXPECT_EQ(cfg.mcu.baudrate, 57600);
     EXPECT_EQ(cfg.mcu.enabled, 1);
     EXPECT_EQ(cfg.debugLevel, 9);
-    EXPECT_EQ(cfg.mcuStartAddress, 0x08000000ul);
-    EXPECT_EQ(cfg.writeSize, 128);
-    EXPECT_EQ(cfg.fwModel, "KX07");
+    EXPECT_EQ(cfg.mcuUpdate.mcuStartAddress, 0x08000000ul);
+    EXPECT_EQ(cfg.mcuUpdate.writeSize, 128);
+    EXPECT_EQ(cfg.mcuUpdate.fwModel, "KX07");
     ASSERT_EQ(cfg.can.size(), 1u);
     EXPECT_EQ(cfg.can[0].path, "/dev/ttyACM0");
 }
