@@ -8,18 +8,23 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "brdsim.h"
 
 namespace {
 
 const char kUsage[] =
-    "usage: brdsim [--product NAME] [--write-config DIR] [--can-rate N]\n"
+    "usage: brdsim [--product NAME] [--write-config DIR] [--can-rate N] [--flash-timing]\n"
+    "              [--flash-fault KIND@N]...\n"
     "Opens a pseudo-terminal that answers as the board's system MCU, prints its path\n"
     "and serves it until SIGINT or SIGTERM.\n"
     "  --product NAME       the product model to answer as (default KX07)\n"
     "  --write-config DIR   write DIR/NAME.conf naming the pseudo-terminal\n"
     "  --can-rate N         send N unsolicited CAN frames per second\n"
+    "  --flash-timing       flash erase and writes take the time a real part needs\n"
+    "  --flash-fault KIND@N a fault at the N-th write of an update (KIND: lost, corrupt,\n"
+    "                       nowrite, restart; KIND@NxC for C writes in a row)\n"
     "  --help               show this text\n";
 
 int g_stopPipe[2] = {-1, -1};
@@ -57,6 +62,8 @@ int main(int argc, char** argv) {
     std::string product = "KX07";
     std::string configDir;
     int canRate = 0;
+    bool flashTiming = false;
+    std::vector<brdsim::FlashFault> flashFaults;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         std::string value;
@@ -71,7 +78,12 @@ int main(int argc, char** argv) {
             std::fputs(kUsage, stdout);
             return 0;
         }
-        if (arg != "--product" && arg != "--write-config" && arg != "--can-rate")
+        if (arg == "--flash-timing") {
+            flashTiming = true;
+            continue;
+        }
+        if (arg != "--product" && arg != "--write-config" && arg != "--can-rate" &&
+            arg != "--flash-fault")
             return usageError(argv[i], "unknown option");
         if (!hasValue) {
             if (i + 1 >= argc) return usageError(arg.c_str(), "missing value");
@@ -84,6 +96,11 @@ int main(int argc, char** argv) {
         } else if (arg == "--write-config") {
             if (value.empty()) return usageError("--write-config", "empty directory");
             configDir = value;
+        } else if (arg == "--flash-fault") {
+            brdsim::FlashFault f;
+            if (!brdsim::parseFlashFault(value, &f))
+                return usageError("--flash-fault", "expected lost, corrupt, nowrite or restart @N");
+            flashFaults.push_back(f);
         } else if (!parseCount(value, &canRate)) {
             return usageError("--can-rate", "not a number of frames per second (0-100000)");
         }
@@ -98,6 +115,8 @@ int main(int argc, char** argv) {
     sigaction(SIGTERM, &sa, nullptr);
 
     brdsim::Simulator sim(product);
+    sim.bootLoader().setFlashTiming(flashTiming);
+    for (const brdsim::FlashFault& f : flashFaults) sim.bootLoader().queueFault(f);
     if (!sim.start()) return fail("cannot open a pseudo-terminal", std::strerror(errno));
     if (!configDir.empty() && brdsim::writeConfig(configDir, product, sim.ptyPath()).empty()) {
         std::string what = "cannot write " + configDir + "/" + product + ".conf";

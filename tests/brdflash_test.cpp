@@ -1,0 +1,339 @@
+// brdflash run as a child against the simulated board's boot loader: whole updates from
+// every image format, refusals before anything is sent, configuration errors, and each
+// injected fault (retry then success, retry then stop, restart then a second run, a
+// write that did not take).
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "brdsim.h"
+#include "run_program.h"
+
+namespace {
+
+using brdsim::Bytes;
+using brdsim::FlashFault;
+using brdsim::FlashFaultKind;
+
+constexpr uint32_t APP = 0x08004000;
+constexpr uint32_t VERSION_AT = 0x0800F000;
+constexpr uint32_t RAM_END = 0x20005000;
+
+// A Cortex-M application image for the simulated system MCU.
+Bytes makeApp(size_t size, const std::string& tag, uint32_t seed = 1) {
+    Bytes d(size);
+    uint32_t x = seed;
+    for (auto& b : d) {
+        x = x * 1103515245u + 12345u;
+        b = static_cast<uint8_t>(x >> 16);
+    }
+    const uint32_t words[2] = {RAM_END, APP + 0x201};
+    for (int w = 0; w < 2; ++w)
+        for (int i = 0; i < 4; ++i) d[4 * w + i] = static_cast<uint8_t>(words[w] >> (8 * i));
+    size_t at = VERSION_AT - APP;
+    std::copy(tag.begin(), tag.end(), d.begin() + at);
+    d[at + tag.size()] = 0;
+    return d;
+}
+
+bool haveSrecCat() {
+    return std::system("command -v srec_cat >/dev/null 2>&1") == 0;
+}
+
+class Brdflash : public ::testing::Test {
+   protected:
+    void SetUp() override {
+        char tmpl[] = "/tmp/brdflash_test.XXXXXX";
+        ASSERT_NE(mkdtemp(tmpl), nullptr);
+        dir_ = tmpl;
+        ASSERT_TRUE(sim_.start());
+        ASSERT_FALSE(brdsim::writeConfig(dir_, "KX07", sim_.ptyPath()).empty());
+    }
+    void TearDown() override {
+        sim_.stop();
+        std::filesystem::remove_all(dir_);
+    }
+
+    std::string writeImage(const std::string& name, const Bytes& app) {
+        std::string bin = dir_ + "/" + (name.find(".bin") != std::string::npos ? name : "src.bin");
+        {
+            std::ofstream f(bin, std::ios::binary);
+            f.write(reinterpret_cast<const char*>(app.data()), static_cast<long>(app.size()));
+        }
+        if (name.find(".bin") != std::string::npos) return bin;
+        std::string out = dir_ + "/" + name;
+        std::string fmt = name.find(".hex") != std::string::npos ? "-intel" : "-motorola";
+        std::string cmd = "srec_cat " + bin + " -binary -offset " + std::to_string(APP) + " -o " +
+                          out + " " + fmt + " 2>&1";
+        EXPECT_EQ(std::system(cmd.c_str()), 0) << cmd;
+        return out;
+    }
+
+    // A configuration of our own (the update section's lines given).
+    void writeConfig(const std::string& updateSection) {
+        std::ofstream f(dir_ + "/KX07.conf");
+        f << "<MCU_INFO>\nMCU_DEVICE=" << sim_.ptyPath() << ",115200,1\n" << updateSection;
+    }
+
+    ProgramResult run(const std::vector<std::string>& args, int timeoutMs = 30000) {
+        return runProgram(BRDFLASH_BIN, args, "",
+                          {{"BRDCTL_CONFIG_DIR", dir_},
+                           {"BRDCTL_PRODUCT", "KX07"},
+                           {"BRDCTL_TIMEOUT_SCALE", "100"}},
+                          timeoutMs);
+    }
+
+    Bytes flash(size_t n) { return sim_.bootLoader().readFlash(APP, n); }
+
+    std::string dir_;
+    brdsim::Simulator sim_{"KX07"};
+};
+
+TEST_F(Brdflash, UpdatesFromEveryFormat) {
+    struct Case {
+        const char* file;
+        size_t size;
+        const char* tag;
+    };
+    const Case cases[] = {
+        {"fw.bin", 0xC000 + 3, "KX07 1.0.1"},
+        {"fw.hex", 0xC000, "KX07 1.0.2"},
+        {"fw.srec", 0xB800 + 17, "KX07"},
+    };
+    uint32_t seed = 1;
+    for (const Case& c : cases) {
+        if (std::string(c.file) != "fw.bin" && !haveSrecCat()) continue;
+        Bytes app = makeApp(c.size, c.tag, ++seed);
+        std::string path = writeImage(c.file, app);
+        ProgramResult r = run({"mcu", path});
+        ASSERT_EQ(r.status, 0) << c.file << "\n" << r.err;
+        EXPECT_NE(r.out.find("mcu: updated from " + path), std::string::npos) << r.out;
+        EXPECT_NE(r.out.find(std::string("application '") + c.tag + "' running"), std::string::npos)
+            << r.out;
+        // On a pipe: one progress line per 10 %, ending at 100 %.
+        EXPECT_NE(r.err.find("write: 50% "), std::string::npos) << r.err;
+        EXPECT_NE(r.err.find("verify: 100% "), std::string::npos) << r.err;
+        EXPECT_EQ(flash(app.size()), app) << c.file;
+        EXPECT_EQ(sim_.bootLoader().appVersion(), c.tag);
+        EXPECT_FALSE(sim_.bootLoader().inBootLoader());
+        // The rest of the region was erased.
+        EXPECT_EQ(sim_.bootLoader().readFlash(APP + app.size(), 16), Bytes(16, 0xFF));
+    }
+}
+
+TEST_F(Brdflash, RefusesBadImagesBeforeSending) {
+    Bytes good = makeApp(0x10000, "KX07 2.0");
+    Bytes badSp = good;
+    badSp[3] = 0x08;  // stack pointer in flash
+    struct Case {
+        const char* what;
+        std::string file;
+        std::string content;  // written as is; empty: no file
+        std::vector<std::string> extra;
+        std::string why;
+    };
+    const std::string hexBad = ":020000040800F2\n:0440000001020304B3\n:00000001FF\n";
+    const std::string srecBad = "S407000001020304EE\nS9030000FC\n";
+    const std::string overlap =
+        ":020000040800F2\n:0440000001020304B2\n:0240020055AABD\n:00000001FF\n";
+    const std::string past = ":020000040802F0\n:0400000001020304F2\n:00000001FF\n";
+    const Case cases[] = {
+        {"missing", "none.bin", "", {}, "none.bin: No such file or directory"},
+        {"empty", "empty.bin", "", {}, "empty.bin: empty file"},
+        {"bad checksum", "bad.hex", hexBad, {}, "bad.hex: line 2: checksum B3, expected B2"},
+        {"wrong S-record type",
+         "bad.srec",
+         srecBad,
+         {},
+         "bad.srec: line 1: record type S4 is not a valid S-record type"},
+        {"overlapping records",
+         "ov.hex",
+         overlap,
+         {},
+         "ov.hex: line 3: data at 0x08004002 overlaps an earlier record"},
+        {"record past the region",
+         "past.hex",
+         past,
+         {},
+         "past.hex: data at 0x08020000-0x08020003 lies outside the application region"},
+        {"model mismatch", "other.bin", "", {}, "is not for model 'KX07' (--force accepts it)"},
+        {"bad vector table",
+         "sp.bin",
+         std::string(badSp.begin(), badSp.end()),
+         {},
+         "sp.bin: bad vector table: initial stack pointer 0x08005000"},
+        {"truncated binary",
+         "short.bin",
+         std::string(good.begin(), good.begin() + 0x400),
+         {},
+         "short.bin: no model tag: the version address 0x0800F000 lies outside the image"},
+    };
+    Bytes other = makeApp(0x10000, "KX22 2.0");
+    for (const Case& c : cases) {
+        std::string path = dir_ + "/" + c.file;
+        if (c.what == std::string("model mismatch"))
+            writeImage(c.file, other);
+        else if (c.file != "none.bin")
+            std::ofstream(path, std::ios::binary) << c.content;
+        ProgramResult r = run({"mcu", path});
+        EXPECT_EQ(r.status, 2) << c.what << "\n" << r.err;
+        EXPECT_NE(r.err.find(c.why), std::string::npos) << c.what << "\n" << r.err;
+        EXPECT_EQ(r.out, "") << c.what;
+    }
+    EXPECT_EQ(sim_.requestCount(), 0u);
+    // --force takes the other model, with a warning.
+    ProgramResult r = run({"mcu", dir_ + "/other.bin", "--force", "--quiet"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.err.find("warning: "), std::string::npos);
+    EXPECT_EQ(sim_.bootLoader().appVersion(), "KX22 2.0");
+}
+
+TEST_F(Brdflash, ConfigurationErrorsAndUsage) {
+    std::string path = writeImage("fw.bin", makeApp(0x10000, "KX07 3"));
+    struct Case {
+        const char* what;
+        std::string section;
+        std::vector<std::string> args;
+        int status;
+        std::string err;
+    };
+    const Case cases[] = {
+        {"no update section", "", {"mcu", path}, 3, "no <MCU_UPDATE_INFO> section"},
+        {"write size too large",
+         "<MCU_UPDATE_INFO>\nWRITE_SIZE=512\n",
+         {"mcu", path},
+         3,
+         "WRITE_SIZE 512 is larger than a frame can carry (at most 500)"},
+        {"verify size too large",
+         "<MCU_UPDATE_INFO>\nVERIFY_SIZE=1000\n",
+         {"mcu", path},
+         3,
+         "VERIFY_SIZE 1000 is larger than a frame can carry"},
+        {"board disagrees",
+         "<MCU_UPDATE_INFO>\nMCU_endAddress=0x08040000\n",
+         {"mcu", path},
+         3,
+         "the boot loader reports flash end (MCU_endAddress) 0x08020000, the configuration "
+         "says 0x08040000"},
+        {"unknown option", "<MCU_UPDATE_INFO>\n", {"mcu", "--fast"}, 2, "--fast: unknown option"},
+        {"no target", "<MCU_UPDATE_INFO>\n", {}, 2, "missing mcu or can"},
+        {"two modes", "<MCU_UPDATE_INFO>\n", {"mcu", "--info", "--dry-run"}, 2, "exclude"},
+        {"no CAN device",
+         "<MCU_UPDATE_INFO>\n<CAN_UPDATE_INFO>\n",
+         {"can", path},
+         3,
+         "no enabled CAN device 0"},
+    };
+    for (const Case& c : cases) {
+        writeConfig(c.section);
+        ProgramResult r = run(c.args);
+        EXPECT_EQ(r.status, c.status) << c.what << "\n" << r.err;
+        EXPECT_NE(r.err.find(c.err), std::string::npos) << c.what << "\n" << r.err;
+    }
+    // The board that disagreed was not erased: the factory application still runs
+    // once it is told to, and nothing was written.
+    EXPECT_EQ(sim_.bootLoader().writeCount(), 0);
+    EXPECT_EQ(sim_.bootLoader().appVersion(), "KX07 0.9.0");
+}
+
+TEST_F(Brdflash, DryRunInfoAndVerifyOnlyChangeNothing) {
+    Bytes app = makeApp(0x10000, "KX07 4.1");
+    std::string path = writeImage("fw.bin", app);
+    ProgramResult dry = run({"mcu", path, "--dry-run"});
+    EXPECT_EQ(dry.status, 0) << dry.err;
+    EXPECT_NE(dry.out.find("  write:  512 blocks of up to 128 bytes"), std::string::npos)
+        << dry.out;
+    EXPECT_NE(dry.out.find("expected time: "), std::string::npos);
+    EXPECT_EQ(sim_.requestCount(), 0u);
+
+    ProgramResult info = run({"mcu", "--info", "--json"});
+    EXPECT_EQ(info.status, 0) << info.err;
+    EXPECT_NE(info.out.find("\"app_version\":\"KX07 0.9.0\""), std::string::npos) << info.out;
+    EXPECT_NE(info.out.find("\"state\":\"application\""), std::string::npos);
+    EXPECT_NE(info.out.find("\"page_size\":1024"), std::string::npos);
+
+    ProgramResult differs = run({"mcu", path, "--verify-only", "--json"});
+    EXPECT_EQ(differs.status, 1);
+    EXPECT_NE(differs.out.find("\"outcome\":\"differs\""), std::string::npos) << differs.out;
+    EXPECT_NE(differs.out.find("\"first_difference\":\"0x08004005\""), std::string::npos);
+
+    ASSERT_EQ(run({"mcu", path, "--quiet"}).status, 0);
+    ProgramResult same = run({"mcu", path, "--verify-only"});
+    EXPECT_EQ(same.status, 0) << same.err;
+    EXPECT_NE(same.out.find("flash matches"), std::string::npos);
+    int writes = sim_.bootLoader().writeCount();
+    EXPECT_EQ(writes, 512);
+    EXPECT_FALSE(sim_.bootLoader().inBootLoader());
+}
+
+// Each fault during the writes: how the run ends, and that an unverified application
+// is never started. One test per fault: a lost answer waits out the update time-out
+// unless BRDCTL_TIMEOUT_SCALE shortens it.
+struct FaultCase {
+    const char* what;
+    FlashFault fault;
+    int status;
+    std::string json;  // a field the summary must hold
+    std::string err;
+    bool started;  // the new application runs afterwards
+};
+
+const FaultCase kFaultCases[] = {
+    {"lost_once", {FlashFaultKind::LostAnswer, 5, 1}, 0, "\"retries\":1", "", true},
+    {"corrupted_once", {FlashFaultKind::CorruptAnswer, 9, 1}, 0, "\"retries\":1", "", true},
+    {"lost_three_times",
+     {FlashFaultKind::LostAnswer, 5, 3},
+     1,
+     "\"retries\":2",
+     "ST_IAP_SET_04_01_WRITE_FLASH: no usable answer after 3 tries",
+     false},
+    {"write_not_taken",
+     {FlashFaultKind::WriteNotTaken, 7, 1},
+     1,
+     "\"first_difference\":\"0x08004300\"",
+     "verification failed: flash holds",
+     false},
+    {"restart_in_the_middle",
+     {FlashFaultKind::Restart, 100, 1},
+     1,
+     "\"bytes_written\":12800",
+     "refused: flash locked",
+     false},
+};
+
+class BrdflashFault : public Brdflash, public ::testing::WithParamInterface<FaultCase> {};
+
+TEST_P(BrdflashFault, EndsSafely) {
+    const FaultCase& c = GetParam();
+    std::string tag = std::string("KX07 5.") + c.what;
+    Bytes app = makeApp(0xC000, tag, 77);
+    std::string path = writeImage("fw.bin", app);
+    sim_.bootLoader().queueFault(c.fault);
+    ProgramResult r = run({"mcu", path, "--json"}, 100000);
+    EXPECT_EQ(r.status, c.status) << r.err;
+    EXPECT_NE(r.out.find(c.json), std::string::npos) << r.out;
+    EXPECT_NE(r.err.find(c.err), std::string::npos) << r.err;
+    EXPECT_EQ(!sim_.bootLoader().inBootLoader(), c.started);
+    if (c.started) {
+        EXPECT_EQ(sim_.bootLoader().appVersion(), tag);
+        return;
+    }
+    EXPECT_NE(r.out.find("\"rebooted\":false"), std::string::npos);
+    EXPECT_NE(r.err.find("again to start again from erase"), std::string::npos);
+    // The next run finds the board in its boot loader and finishes.
+    ProgramResult again = run({"mcu", path, "--json"}, 100000);
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_NE(again.out.find("\"resumed\":true"), std::string::npos) << again.out;
+    EXPECT_NE(again.err.find("in its boot loader: starting again from erase"), std::string::npos);
+    EXPECT_EQ(flash(app.size()), app);
+    EXPECT_EQ(sim_.bootLoader().appVersion(), tag);
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, BrdflashFault, ::testing::ValuesIn(kFaultCases),
+                         [](const auto& info) { return std::string(info.param.what); });
+
+}  // namespace
