@@ -13,6 +13,7 @@
 #include <string>
 
 #include "UART_LIB.h"
+#include "exchange.h"
 #include "function_MAP.h"
 #include "init.h"
 #include "launch.h"
@@ -130,19 +131,13 @@ class BoardLink : public UpdateLink {
         cmd* entry = getCommandByIndex(ctx, index);
         if (index == 0 || entry == nullptr) return MCU_RESULT_NO_COMMAND;
         bool update = mode == Mode::Update;
-        if (target_ == Target::Mcu) {
-            ctx->mcuType = MCU_TYPE_ST;
-            ctx->stMode = update ? ST_MODE_UPDATE : ST_MODE_AP;
-        } else {
-            ctx->mcuType = MCU_TYPE_NXP;
-            ctx->nxpMode = update ? NXP_MODE_UPDATE : NXP_MODE_AP;
-        }
-        Bytes in(data);
-        BYTE out[RESPONSE_BUFFER_SIZE];
-        int outLen = 0;
-        int r = sendCMD(ctx, index, in.data(), static_cast<int>(in.size()), out, &outLen);
-        if (r != MCU_RESULT_OK) return r;
-        answer->assign(out, out + std::max(outLen, 0));
+        int type = target_ == Target::Mcu ? MCU_TYPE_ST : MCU_TYPE_NXP;
+        int linkMode = target_ == Target::Mcu ? (update ? ST_MODE_UPDATE : ST_MODE_AP)
+                                              : (update ? NXP_MODE_UPDATE : NXP_MODE_AP);
+        core::Answer a = core::exchange(ctx, type, linkMode, index, data);
+        if (!a.ok()) return a.result;
+        answer->assign(a.view().begin(), a.view().end());
+        int r = a.result;
         if (target_ == Target::Can) {
             // The CAN MCU echoes the command code first; without it the answer is not ours.
             if (answer->empty() || (*answer)[0] != static_cast<BYTE>(entry->cmd_data[0]))
