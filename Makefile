@@ -3,7 +3,8 @@
 
 JOBS    ?= $(shell nproc)
 CMAKE_GEN = -G Ninja
-PKGS     = cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev clang clang-format
+PKGS     = cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev clang clang-format \
+           python3-can can-utils
 
 .PHONY: all deps build test test-asan test-tsan demo bench fuzz format clean
 
