@@ -4,7 +4,7 @@
 JOBS    ?= $(shell nproc)
 CMAKE_GEN = -G Ninja
 PKGS     = cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev clang clang-format \
-           srecord
+           python3-can can-utils srecord
 
 .PHONY: all deps build test test-asan test-tsan demo bench fuzz format clean
 

@@ -139,10 +139,15 @@ class BoardLink : public UpdateLink {
         answer->assign(a.view().begin(), a.view().end());
         int r = a.result;
         if (target_ == Target::Can) {
-            // The CAN MCU echoes the command code first; without it the answer is not ours.
-            if (answer->empty() || (*answer)[0] != static_cast<BYTE>(entry->cmd_data[0]))
+            // The CAN MCU answers with its command code + 1 and a status; without them the
+            // answer is not ours.
+            if (answer->empty() || (*answer)[0] != static_cast<BYTE>(entry->cmd_data[0] + 1))
                 return MCU_RESULT_NONE;
             answer->erase(answer->begin());
+            if (!row.status) {
+                if (answer->empty() || (*answer)[0] != STATUS_OK) return MCU_RESULT_NONE;
+                answer->erase(answer->begin());
+            }
         }
         return r;
     }

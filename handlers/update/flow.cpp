@@ -38,6 +38,13 @@ const uint8_t* expected(const Image& img, const Block& b) {
 
 }  // namespace
 
+std::string versionText(Target t, const Bytes& answer) {
+    if (t == Target::Mcu) return std::string(answer.begin(), answer.end());
+    if (answer.size() < 3) return "";
+    return std::to_string(answer[0]) + "." + std::to_string(answer[1]) + "." +
+           std::to_string(answer[2]);
+}
+
 uint64_t stuffedLength(const Bytes& inner) {
     uint64_t n = 2;
     for (uint8_t b : inner) n += (b >= 0xF0 && b <= 0xF3) ? 2 : 1;
@@ -112,8 +119,7 @@ Updater::Updater(UpdateLink& link, const Settings& s, Progress& progress,
                  const std::atomic<bool>& interrupted)
     : link_(link), s_(s), progress_(progress), interrupted_(interrupted) {}
 
-Updater::Call Updater::call(Step step, Mode mode, const Args& a, Bytes* answer, Report* rep,
-                            bool statusFirst) {
+Updater::Call Updater::call(Step step, Mode mode, const Args& a, Bytes* answer, Report* rep) {
     const UpdateRow* row = findRow(s_.target, step);
     if (row == nullptr) {
         rep->error = "this boot loader has no such step";
@@ -129,7 +135,7 @@ Updater::Call Updater::call(Step step, Mode mode, const Args& a, Bytes* answer, 
         answer->clear();
         int r = link_.exchange(*row, m, data, answer);
         bool full = answer->size() >= static_cast<size_t>(row->answerMin);
-        if (r == MCU_RESULT_OK && statusFirst && !answer->empty() && (*answer)[0] != STATUS_OK) {
+        if (r == MCU_RESULT_OK && row->status && !answer->empty() && (*answer)[0] != STATUS_OK) {
             rep->error = std::string(row->name) + ": refused: " + statusText((*answer)[0]);
             return Call::Failed;
         }
@@ -156,10 +162,10 @@ bool Updater::enterBootLoader(Report* rep) {
     // The application answers in its own framing; a board already in its boot loader
     // may only answer in the boot loader's.
     session_ = Mode::App;
-    if (call(Step::Mode, Mode::App, {}, &ans, rep, false) != Call::Ok) {
+    if (call(Step::Mode, Mode::App, {}, &ans, rep) != Call::Ok) {
         if (interrupted_) return false;
         session_ = Mode::Update;
-        if (call(Step::Mode, Mode::Update, {}, &ans, rep, false) != Call::Ok) return false;
+        if (call(Step::Mode, Mode::Update, {}, &ans, rep) != Call::Ok) return false;
     }
     rep->error.clear();
     if (ans[0] == 2) {
@@ -169,16 +175,16 @@ bool Updater::enterBootLoader(Report* rep) {
                        " controller is in its boot loader: starting again from erase");
     } else {
         rep->state = "application";
-        if (call(Step::Request, Mode::App, {}, &ans, rep, true) != Call::Ok) return false;
+        if (call(Step::Request, Mode::App, {}, &ans, rep) != Call::Ok) return false;
     }
     session_ = Mode::Update;
     rep->state = "boot loader";
     Args start;
     start.flag = 1;
     if (findRow(s_.target, Step::Start) != nullptr &&
-        call(Step::Start, Mode::Update, start, &ans, rep, true) != Call::Ok)
+        call(Step::Start, Mode::Update, start, &ans, rep) != Call::Ok)
         return false;
-    if (call(Step::Mode, Mode::Update, {}, &ans, rep, false) != Call::Ok) return false;
+    if (call(Step::Mode, Mode::Update, {}, &ans, rep) != Call::Ok) return false;
     if (ans[0] != 2) {
         rep->error = "the controller did not enter its boot loader";
         return false;
@@ -188,7 +194,7 @@ bool Updater::enterBootLoader(Report* rep) {
 
 bool Updater::checkBootInfo(Report* rep) {
     Bytes ans;
-    if (call(Step::Info, session_, {}, &ans, rep, false) != Call::Ok) return false;
+    if (call(Step::Info, session_, {}, &ans, rep) != Call::Ok) return false;
     BootInfo& b = rep->boot;
     parseBootInfo(ans, &b);
     rep->hasBoot = true;
@@ -228,7 +234,7 @@ bool Updater::firstDifference(const Block& page, const Image& img, Report* rep) 
         Args a;
         a.addr = page.addr + off;
         a.len = std::min<uint32_t>(static_cast<uint32_t>(s_.verifySize), page.len - off);
-        if (call(Step::Read, session_, a, &ans, rep, true) != Call::Ok) return false;
+        if (call(Step::Read, session_, a, &ans, rep) != Call::Ok) return false;
         if (ans.size() < 5 + static_cast<size_t>(a.len) || le32(ans.data() + 1) != a.addr) {
             rep->error = "the read-back of " + hexAddr(a.addr) + " came back short";
             return false;
@@ -261,7 +267,7 @@ bool Updater::verify(const Plan& plan, const Image& img, Report* rep, bool readi
             Args a;
             a.addr = b.addr;
             a.len = b.len;
-            if (call(Step::Check, session_, a, &ans, rep, true) != Call::Ok) return false;
+            if (call(Step::Check, session_, a, &ans, rep) != Call::Ok) return false;
             if (le32(ans.data() + 1) != crc32(expected(img, b), b.len)) {
                 // Name the first differing address; a page that reads back equal after
                 // all means the check code itself was wrong.
@@ -290,14 +296,12 @@ int Updater::update(const Image& img, Report* rep) {
     if (!checkBootInfo(rep)) return stop(rep, rep->hasBoot ? EXIT_CONFIG : EXIT_BOARD);
     Plan plan = makePlan(s_, img, rep->boot.pageSize);
     Bytes ans;
-    if (call(Step::Unlock, Mode::Update, {}, &ans, rep, true) != Call::Ok)
-        return stop(rep, EXIT_BOARD);
+    if (call(Step::Unlock, Mode::Update, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
     Args erase;
     erase.addr = plan.eraseStart;
     erase.end = plan.eraseEnd;
     progress_.begin("erase", plan.eraseEnd - plan.eraseStart);
-    if (call(Step::Erase, Mode::Update, erase, &ans, rep, true) != Call::Ok)
-        return stop(rep, EXIT_BOARD);
+    if (call(Step::Erase, Mode::Update, erase, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
     progress_.update(plan.eraseEnd - plan.eraseStart);
     progress_.end();
 
@@ -309,8 +313,7 @@ int Updater::update(const Image& img, Report* rep) {
         w.addr = b.addr;
         w.data = expected(img, b);
         w.dataLen = b.len;
-        if (call(Step::Write, Mode::Update, w, &ans, rep, true) != Call::Ok)
-            return stop(rep, EXIT_BOARD);
+        if (call(Step::Write, Mode::Update, w, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
         rep->bytesWritten += b.len;
         ++rep->blocksWritten;
         progress_.update(rep->bytesWritten);
@@ -321,18 +324,20 @@ int Updater::update(const Image& img, Report* rep) {
     if (!verify(plan, img, rep, !hasCheck)) return stop(rep, EXIT_BOARD);
 
     // Only a fully verified application is started.
-    if (call(Step::Reboot, Mode::Update, {}, &ans, rep, true) != Call::Ok)
-        return stop(rep, EXIT_BOARD);
+    if (call(Step::Reboot, Mode::Update, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
     rep->rebooted = true;
     rep->state = "application";
     session_ = Mode::App;
-    if (call(Step::AppVersion, Mode::App, {}, &ans, rep, false) != Call::Ok)
-        return stop(rep, EXIT_BOARD);
-    rep->appVersion.assign(ans.begin(), ans.end());
+    if (call(Step::AppVersion, Mode::App, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
+    rep->appVersion = versionText(s_.target, ans);
     std::string tag = tagText(img.data, s_.versionAddress - img.start);
-    if (rep->appVersion != tag) {
+    // The CAN MCU's application reports only its version numbers, not its model.
+    std::string want = tag;
+    if (s_.target == Target::Can)
+        want = tag.size() > s_.model.size() ? tag.substr(s_.model.size() + 1) : "";
+    if (rep->appVersion != want) {
         rep->error =
-            "the application reports '" + rep->appVersion + "', the image carries '" + tag + "'";
+            "the application reports '" + rep->appVersion + "', the image carries '" + want + "'";
         return stop(rep, EXIT_BOARD);
     }
     rep->outcome = "updated";
@@ -342,10 +347,9 @@ int Updater::update(const Image& img, Report* rep) {
 int Updater::verifyOnly(const Image& img, Report* rep) {
     Bytes ans;
     session_ = Mode::App;
-    if (call(Step::Mode, Mode::App, {}, &ans, rep, false) != Call::Ok) {
+    if (call(Step::Mode, Mode::App, {}, &ans, rep) != Call::Ok) {
         session_ = Mode::Update;
-        if (call(Step::Mode, Mode::Update, {}, &ans, rep, false) != Call::Ok)
-            return stop(rep, EXIT_BOARD);
+        if (call(Step::Mode, Mode::Update, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
     }
     rep->error.clear();
     rep->state = ans[0] == 2 ? "boot loader" : "application";
@@ -365,23 +369,22 @@ int Updater::verifyOnly(const Image& img, Report* rep) {
 int Updater::info(Report* rep) {
     Bytes ans;
     session_ = Mode::App;
-    if (call(Step::Mode, Mode::App, {}, &ans, rep, false) != Call::Ok) {
+    if (call(Step::Mode, Mode::App, {}, &ans, rep) != Call::Ok) {
         session_ = Mode::Update;
-        if (call(Step::Mode, Mode::Update, {}, &ans, rep, false) != Call::Ok)
-            return stop(rep, EXIT_BOARD);
+        if (call(Step::Mode, Mode::Update, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
     }
     rep->error.clear();
     bool boot = ans[0] == 2;
     rep->state = boot ? "boot loader" : "application";
     if (boot) session_ = Mode::Update;
-    if (call(Step::Info, session_, {}, &ans, rep, false) != Call::Ok) return stop(rep, EXIT_BOARD);
+    if (call(Step::Info, session_, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
     parseBootInfo(ans, &rep->boot);
     rep->hasBoot = true;
     const UpdateRow* v = findRow(s_.target, Step::AppVersion);
     if (v->mode == Mode::Any || !boot) {
-        if (call(Step::AppVersion, session_, {}, &ans, rep, false) != Call::Ok)
+        if (call(Step::AppVersion, session_, {}, &ans, rep) != Call::Ok)
             return stop(rep, EXIT_BOARD);
-        rep->appVersion.assign(ans.begin(), ans.end());
+        rep->appVersion = versionText(s_.target, ans);
     }
     rep->outcome = "info";
     return EXIT_DONE;

@@ -46,6 +46,10 @@ Plan makePlan(const Settings& s, const Image& img, uint32_t pageSize);
 // end code before stuffing (the system MCU's frames end with their CRC-8).
 uint64_t stuffedLength(const Bytes& inner);
 
+// The application version as its answer gives it: the system MCU's model tag text, the
+// CAN MCU's three numbers as "1.4.2".
+std::string versionText(Target t, const Bytes& answer);
+
 struct Report {
     std::string outcome = "failed";  // "updated", "verified", "differs", "info", "failed"
     std::string error;               // why it stopped
@@ -80,9 +84,9 @@ class Updater {
 
    private:
     enum class Call { Ok, Failed };
-    // Sends a row, retrying a missing or unusable answer; checks the status byte of SET
-    // answers and the least answer length. On failure fills rep->error.
-    Call call(Step step, Mode mode, const Args& a, Bytes* answer, Report* rep, bool statusFirst);
+    // Sends a row, retrying a missing or unusable answer; checks the status byte of rows
+    // that have one and the least answer length. On failure fills rep->error.
+    Call call(Step step, Mode mode, const Args& a, Bytes* answer, Report* rep);
     bool enterBootLoader(Report* rep);
     bool checkBootInfo(Report* rep);
     bool verify(const Plan& plan, const Image& img, Report* rep, bool reading);

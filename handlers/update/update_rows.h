@@ -53,6 +53,7 @@ struct UpdateRow {
     Mode mode;
     Field request[4];
     int answerMin;       // least answer payload length
+    bool status;         // the answer starts with a status byte (STATUS_OK or why not)
     const char* answer;  // the answer's layout, for docs and decoded output
 };
 
