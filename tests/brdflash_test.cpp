@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "brdsim.h"
+#include "nxp_controller.h"
 #include "run_program.h"
 
 namespace {
@@ -335,5 +336,102 @@ TEST_P(BrdflashFault, EndsSafely) {
 
 INSTANTIATE_TEST_SUITE_P(Faults, BrdflashFault, ::testing::ValuesIn(kFaultCases),
                          [](const auto& info) { return std::string(info.param.what); });
+
+// The CAN MCU: its boot loader answers on the NXP controller's own line in F1/F2 framing,
+// has no check code, and is verified by reading every block back.
+class BrdflashCan : public ::testing::Test {
+   protected:
+    void SetUp() override {
+        char tmpl[] = "/tmp/brdflash_can.XXXXXX";
+        ASSERT_NE(mkdtemp(tmpl), nullptr);
+        dir_ = tmpl;
+        ASSERT_TRUE(sim_.start());
+        ASSERT_TRUE(nxp_.start());
+        ASSERT_FALSE(
+            brdsim::writeConfig(dir_, "KX07", sim_.ptyPath(), 0, {nxp_.ptyPath()}).empty());
+    }
+    void TearDown() override {
+        nxp_.stop();
+        sim_.stop();
+        std::filesystem::remove_all(dir_);
+    }
+    ProgramResult run(const std::vector<std::string>& args) {
+        return runProgram(BRDFLASH_BIN, args, "",
+                          {{"BRDCTL_CONFIG_DIR", dir_}, {"BRDCTL_PRODUCT", "KX07"}}, 30000);
+    }
+    // An application for the CAN MCU's defaults: stack in SRAM at 0x10000000.
+    std::string image(const std::string& tag, uint32_t seed) {
+        Bytes d(0x2345);
+        for (auto& b : d) b = static_cast<uint8_t>(seed = seed * 1103515245u + 12345u);
+        const uint32_t words[2] = {0x10009000, 0x2000 + 0x141};
+        for (int w = 0; w < 2; ++w)
+            for (int i = 0; i < 4; ++i) d[4 * w + i] = static_cast<uint8_t>(words[w] >> (8 * i));
+        std::copy(tag.begin(), tag.end(), d.begin() + 0x400);
+        d[0x400 + tag.size()] = 0xFF;
+        app_ = d;
+        std::string path = dir_ + "/can.bin";
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(d.data()), static_cast<long>(d.size()));
+        return path;
+    }
+
+    std::string dir_;
+    Bytes app_;
+    brdsim::CanBus bus_;
+    brdsim::Simulator sim_{"KX07"};
+    brdsim::NxpController nxp_{bus_};
+};
+
+TEST_F(BrdflashCan, UpdatesAndSurvivesFaults) {
+    struct Case {
+        const char* what;
+        std::vector<FlashFault> faults;
+        int status;
+        std::string out, err;
+        bool started;
+    };
+    const Case cases[] = {
+        {"clean", {}, 0, "application '3.1.4' running (", "write: 100% ", true},
+        {"damaged answers are retried",
+         {{FlashFaultKind::CorruptAnswer, 4, 2}},
+         0,
+         "2 retries)",
+         "",
+         true},
+        {"a write that did not take",
+         {{FlashFaultKind::WriteNotTaken, 3, 1}},
+         1,
+         "",
+         "verification failed: flash holds",
+         false},
+        {"restart in the middle",
+         {{FlashFaultKind::Restart, 20, 1}},
+         1,
+         "",
+         "NXP_UPDATE_12_WRITE_FLASH: refused: flash locked",
+         false},
+    };
+    uint32_t seed = 5;
+    for (const Case& c : cases) {
+        std::string path = image("KX07 3.1.4", ++seed);
+        for (const FlashFault& f : c.faults) nxp_.bootLoader().queueFault(f);
+        ProgramResult r = run({"can", path});
+        EXPECT_EQ(r.status, c.status) << c.what << "\n" << r.err;
+        EXPECT_NE(r.out.find(c.out), std::string::npos) << c.what << "\n" << r.out;
+        EXPECT_NE(r.err.find(c.err), std::string::npos) << c.what << "\n" << r.err;
+        EXPECT_EQ(!nxp_.bootLoader().inBootLoader(), c.started) << c.what;
+        if (!c.started) {
+            // Resumed from erase by the next run.
+            ProgramResult again = run({"can", path, "--quiet"});
+            EXPECT_EQ(again.status, 0) << c.what << "\n" << again.err;
+        }
+        EXPECT_EQ(nxp_.bootLoader().readFlash(0x2000, app_.size()), app_) << c.what;
+        EXPECT_EQ(nxp_.bootLoader().appVersion(), "KX07 3.1.4") << c.what;
+    }
+    // The CAN application's own commands still answer after the update.
+    ProgramResult info = run({"can", "--info"});
+    EXPECT_EQ(info.status, 0) << info.err;
+    EXPECT_NE(info.out.find("application: 3.1.4"), std::string::npos) << info.out;
+}
 
 }  // namespace
