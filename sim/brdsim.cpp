@@ -106,6 +106,8 @@ struct Simulator::Impl {
     LinePacer txPace, rxPace;
     Bytes rxPending;  // bytes read from the host that the line has not delivered yet
     std::atomic<size_t> backlog{0};
+    // Bytes taken from and written to the line, for measurements.
+    std::atomic<uint64_t> bytesIn{0}, bytesOut{0};
     // Set before start() and only read afterwards.
     std::map<uint8_t, DeviceHandler> deviceHandlers;
     Framing framing{ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0};
@@ -174,6 +176,7 @@ struct Simulator::Impl {
             ssize_t w = ::write(master.fd, outBuf.data() + outHead, n);
             if (w > 0) {
                 txPace.book(now, static_cast<size_t>(w));
+                bytesOut += static_cast<uint64_t>(w);
                 outHead += static_cast<size_t>(w);
             } else if (w < 0 && errno == EINTR) {
                 continue;
@@ -348,6 +351,7 @@ struct Simulator::Impl {
     // Takes the bytes of one read: request frames run from a start code to an end code;
     // bytes outside a frame are ignored.
     void feed(const uint8_t* p, size_t n) {
+        bytesIn += n;
         for (size_t i = 0; i < n && master; ++i) {
             uint8_t b = p[i];
             const Framing& framing = activeFraming();
@@ -468,6 +472,14 @@ struct Simulator::Impl {
 Simulator::Simulator(std::string product) : product_(std::move(product)), impl_(new Impl) {
     impl_->product = product_;
     impl_->boot = std::make_unique<BootLoader>(stFlashLayout(), product_ + " 0.9.0");
+}
+
+uint64_t Simulator::bytesReceived() const {
+    return impl_->bytesIn;
+}
+
+uint64_t Simulator::bytesSent() const {
+    return impl_->bytesOut;
 }
 
 BootLoader& Simulator::bootLoader() {

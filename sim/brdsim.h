@@ -106,6 +106,9 @@ class Simulator {
     bool hungUp() const;
     // The system MCU's boot loader and flash (IAP rows, device 3).
     BootLoader& bootLoader();
+    // Bytes the simulator took from the line and wrote to it since start.
+    uint64_t bytesReceived() const;
+    uint64_t bytesSent() const;
 
    private:
     struct Impl;
