@@ -53,7 +53,7 @@ const UpdateRow kUpdateRows[] = {
      BOOT_INFO_SIZE, false, "as the system MCU's information answer"},
     {Target::Can, Step::AppVersion, "NXP_CAN_AP_02_READ_FW_VERSION", Mode::App, {F::End}, 3,
      false, "the running application's version: three numbers (major, minor, patch)"},
-    {Target::Can, Step::State, "NXP_UPDATE_20_READ_PROGRAM_STATE", Mode::Any, {F::End}, 2, false,
+    {Target::Can, Step::State, "NXP_UPDATE_20_READ_PROGRAM_STATE", Mode::Update, {F::End}, 2, false,
      "state (0 locked, 1 unlocked, 2 erased, 3 written), application valid (0 or 1)"},
     {Target::Can, Step::Unlock, "NXP_UPDATE_24_FLASH_UNLOCK", Mode::Update, {F::Key}, 1, true,
      "status"},
