@@ -271,6 +271,34 @@ TEST_F(Brdflash, DryRunInfoAndVerifyOnlyChangeNothing) {
     EXPECT_FALSE(sim_.bootLoader().inBootLoader());
 }
 
+// brdcmd runs the same rows one at a time, decoded.
+TEST_F(Brdflash, SingleStepsFromBrdcmd) {
+    struct Step {
+        const char* row;
+        const char* input;
+        std::string shows;
+    };
+    const Step steps[] = {
+        {"ST_IAP_GET_01_01_OPERATION_MODE", "", "mode: application, application valid: yes"},
+        {"ST_IAP_SET_02_01_FLASH_UNLOCK", "", "status: 0x05 (not in the boot loader)"},
+        {"ST_IAP_SET_01_01_UPDATE_REQUEST", "", "status: 0x01 (done)"},
+        {"ST_IAP_GET_01_01_OPERATION_MODE", "", "mode: boot loader, application valid: yes"},
+        {"ST_IAP_SET_02_01_FLASH_UNLOCK", "", "status: 0x01 (done)"},
+        {"ST_IAP_SET_03_01_ERASE_FLASH", "8004010\n8020000\n", "(not on a page boundary)"},
+        {"ST_IAP_SET_04_01_WRITE_FLASH", "8004100\n12 34 f1\n", "written at 0x08004100"},
+        {"ST_IAP_GET_04_01_FLASH_DATA", "8004100\n4\n", "0x08004100: 12 34 F1 FF"},
+        {"ST_IAP_SET_06_01_IAP_REBOOT", "", "status: 0x01 (done)"},
+        {"ST_IAP_GET_03_01_APP_VERSION", "", "application: KX07 0.9.0"},
+    };
+    for (const Step& st : steps) {
+        ProgramResult r =
+            runProgram(BRDCMD_BIN, {st.row}, st.input,
+                       {{"BRDCTL_CONFIG_DIR", dir_}, {"BRDCTL_PRODUCT", "KX07"}}, 20000);
+        EXPECT_NE(r.out.find(st.shows), std::string::npos) << st.row << "\n" << r.out << r.err;
+    }
+    EXPECT_FALSE(sim_.bootLoader().inBootLoader());
+}
+
 // Each fault during the writes: how the run ends, and that an unverified application
 // is never started. One test per fault: a lost answer waits out the update time-out
 // unless BRDCTL_TIMEOUT_SCALE shortens it.

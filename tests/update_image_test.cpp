@@ -9,6 +9,7 @@
 #include <string>
 
 #include "update/flow.h"
+#include "update/update_handlers.h"
 
 namespace {
 
@@ -416,6 +417,42 @@ TEST(UpdateProgress, Lines) {
               "write  [##########..........]  50%  32768/65536 B  16.0 KiB/s  0:02 left");
     EXPECT_EQ(formatProgressLine("erase", 0, 0, 0.0),
               "erase  [####################] 100%  0/0 B  0.0 KiB/s  -:-- left");
+}
+
+// What brdcmd prints for each kind of answer, including refusals and short answers.
+TEST(UpdateRows, RenderedAnswers) {
+    BootInfo b{2, 1, 0x08000000, 0x08020000, 0x08004000, 1024, 256, 0x20000000, 0x20005000};
+    const std::tuple<const char*, Bytes, std::string> cases[] = {
+        {"ST_IAP_GET_01_01_OPERATION_MODE", {2, 0}, "mode: boot loader, application valid: no\n"},
+        {"NXP_UPDATE_40_READ_UPDATE_MODE", {1, 1}, "mode: application, application valid: yes\n"},
+        {"ST_IAP_GET_05_01_PROGRAM_STATE", {2, 0}, "state: erased, application valid: no\n"},
+        {"ST_IAP_GET_02_01_IAP_INFORMATION", encodeBootInfo(b),
+         "boot loader 2.1\nflash 0x08000000-0x0801FFFF, application from 0x08004000\npages of "
+         "1024 bytes, writes up to 256 bytes\nRAM 0x20000000-0x20004FFF\n"},
+        {"ST_IAP_GET_03_01_APP_VERSION", {'K', 'X', '0', '7', ' ', '1'}, "application: KX07 1\n"},
+        {"NXP_CAN_AP_02_READ_FW_VERSION", {1, 4, 2}, "application: 1.4.2\n"},
+        {"ST_IAP_GET_03_01_APP_VERSION", {}, "application: (none)\n"},
+        {"ST_IAP_SET_04_01_WRITE_FLASH",
+         {1, 0x80, 0x40, 0x00, 0x08},
+         "status: 0x01 (done)\nwritten at 0x08004080\n"},
+        {"ST_IAP_SET_04_01_WRITE_FLASH", {2}, "status: 0x02 (flash locked)\n"},
+        {"ST_IAP_SET_05_01_CHECK_CODE",
+         {1, 0x26, 0x39, 0xF4, 0xCB},
+         "status: 0x01 (done)\ncheck code: 0xCBF43926\n"},
+        {"NXP_UPDATE_14_READ_FLASH",
+         {1, 0x00, 0x20, 0, 0, 0xAA, 0xBB},
+         "status: 0x01 (done)\n0x00002000: AA BB\n"},
+        {"ST_IAP_SET_03_01_ERASE_FLASH", {7}, "status: 0x07 (not on a page boundary)\n"},
+        {"ST_IAP_SET_05_01_CHECK_CODE",
+         {1, 0x26},
+         "status: 0x01 (done)\nanswer too short to decode\n"},
+        {"ST_IAP_SET_06_01_IAP_REBOOT", {}, "no answer data\n"},
+    };
+    for (const auto& [name, data, text] : cases) {
+        const UpdateRow* row = findRowByName(name);
+        ASSERT_NE(row, nullptr) << name;
+        EXPECT_EQ(renderUpdateAnswer(*row, data), text) << name;
+    }
 }
 
 }  // namespace
