@@ -3,11 +3,16 @@
 // injected fault (retry then success, retry then stop, restart then a second run, a
 // write that did not take).
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "brdsim.h"
@@ -297,6 +302,44 @@ TEST_F(Brdflash, SingleStepsFromBrdcmd) {
         EXPECT_NE(r.out.find(st.shows), std::string::npos) << st.row << "\n" << r.out << r.err;
     }
     EXPECT_FALSE(sim_.bootLoader().inBootLoader());
+}
+
+// SIGINT during the writes: the request in flight finishes, nothing more is sent, the
+// board stays in its boot loader, and the next run finishes.
+TEST_F(Brdflash, InterruptStopsWithoutStartingTheApplication) {
+    sim_.stop();
+    sim_.setLineRate(115200);  // slow enough to be interrupted in the middle
+    ASSERT_TRUE(sim_.start());
+    ASSERT_FALSE(brdsim::writeConfig(dir_, "KX07", sim_.ptyPath()).empty());
+    Bytes app = makeApp(0xC000, "KX07 6.0");
+    std::string path = writeImage("fw.bin", app);
+    std::string cmd = "BRDCTL_CONFIG_DIR=" + dir_ + " BRDCTL_PRODUCT=KX07 exec " +
+                      std::string(BRDFLASH_BIN) + " mcu " + path + " --json >" + dir_ + "/out 2>" +
+                      dir_ + "/err";
+    const char* argv[] = {"/bin/sh", "-c", cmd.c_str(), nullptr};
+    pid_t pid = 0;
+    ASSERT_EQ(posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char**>(argv), environ), 0);
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (sim_.bootLoader().writeCount() < 20 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    kill(pid, SIGINT);
+    int status = 0;
+    ASSERT_EQ(waitpid(pid, &status, 0), pid);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    std::ifstream out(dir_ + "/out");
+    std::string json((std::istreambuf_iterator<char>(out)), std::istreambuf_iterator<char>());
+    EXPECT_NE(json.find("\"error\":\"interrupted\""), std::string::npos) << json;
+    EXPECT_NE(json.find("\"rebooted\":false"), std::string::npos) << json;
+    int written = sim_.bootLoader().writeCount();
+    EXPECT_LT(written, 96);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(sim_.bootLoader().writeCount(), written);  // nothing sent after it stopped
+    EXPECT_TRUE(sim_.bootLoader().inBootLoader());
+
+    ProgramResult again = run({"mcu", path, "--quiet"});
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(flash(app.size()), app);
 }
 
 // Each fault during the writes: how the run ends, and that an unverified application
