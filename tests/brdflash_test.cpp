@@ -503,6 +503,20 @@ TEST_F(BrdflashCan, UpdatesAndSurvivesFaults) {
     ProgramResult info = run({"can", "--info"});
     EXPECT_EQ(info.status, 0) << info.err;
     EXPECT_NE(info.out.find("application: 3.1.4"), std::string::npos) << info.out;
+    // Single steps from brdcmd find the controller in either framing.
+    const std::pair<const char*, const char*> steps[] = {
+        {"NXP_UPDATE_42_IS_REQUEST_UPDATE", "status: 0x01 (done)"},
+        {"NXP_UPDATE_40_READ_UPDATE_MODE", "mode: boot loader, application valid: yes"},
+        {"NXP_UPDATE_20_READ_PROGRAM_STATE", "state: locked, application valid: yes"},
+        {"NXP_UPDATE_36_IS_REQUEST_REBOOT", "status: 0x01 (done)"},
+        {"NXP_UPDATE_40_READ_UPDATE_MODE", "mode: application, application valid: yes"},
+    };
+    for (const auto& [row, shows] : steps) {
+        ProgramResult r =
+            runProgram(BRDCMD_BIN, {row}, "",
+                       {{"BRDCTL_CONFIG_DIR", dir_}, {"BRDCTL_PRODUCT", "KX07"}}, 20000);
+        EXPECT_NE(r.out.find(shows), std::string::npos) << row << "\n" << r.out << r.err;
+    }
 }
 
 }  // namespace

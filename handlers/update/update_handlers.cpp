@@ -201,7 +201,8 @@ int FUNC_UPDATE_STEP(int cmdIndex, char* funName) {
     if (!askArgs(*row, ctx.input, &args, &data)) return 0;
     Bytes request = encodeRequest(*row, args);
     // The boot loader's rows go in update mode, the application's in its own; rows both
-    // answer go as the link is (the CAN MCU's framing changes with NXP_UPDATE_START).
+    // answer go as the link is, and for the CAN MCU in the other framing when that
+    // brings no answer.
     bool updateMode = row->mode == Mode::Update;
     if (row->mode == Mode::Any && nxp && link != nullptr)
         updateMode = link->nxpMode == NXP_MODE_UPDATE;
@@ -209,6 +210,11 @@ int FUNC_UPDATE_STEP(int cmdIndex, char* funName) {
     int mode = nxp ? (updateMode ? NXP_MODE_UPDATE : NXP_MODE_AP)
                    : (updateMode ? ST_MODE_UPDATE : ST_MODE_AP);
     core::Answer a = core::exchange(link, type, mode, cmdIndex, request);
+    if (!a.ok() && nxp && row->mode == Mode::Any) {
+        // Nothing understood that framing: the controller is on the other side.
+        mode = mode == NXP_MODE_AP ? NXP_MODE_UPDATE : NXP_MODE_AP;
+        a = core::exchange(link, type, mode, cmdIndex, request);
+    }
     int verdict = core::report(link, REPORT_STANDARD, a, funName);
     if (!a.ok()) return verdict;
     Bytes d(a.view().begin(), a.view().end());
