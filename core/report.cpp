@@ -3,6 +3,8 @@
 
 #include <cstdio>
 
+#include "context.h"
+
 const char* const RULE56 = "========================================================";
 const char* const SEPARATOR26 = "==========================";
 const char* const SELECT_PROMPT = "Select which option you want to do:";
@@ -75,6 +77,18 @@ namespace core {
 int report(const MCU_CONTENT* link, ReportMode mode, const Answer& answer, const char* funName) {
     return check_result(link ? link->fd : -1, mode, answer.result, answer.bytes.data(),
                         answer.length, funName);
+}
+
+}  // namespace core
+
+namespace core {
+
+bool warnShortAnswer(const Answer& answer, int needed, const char* funName) {
+    if (!answer.ok() || answer.length >= needed) return false;
+    fflush(stdout);
+    fprintf(stderr, "%s: short answer to %s: %d of %d bytes\n", g_progName, funName, answer.length,
+            needed);
+    return true;
 }
 
 }  // namespace core

@@ -31,3 +31,13 @@ namespace core {
 int report(const MCU_CONTENT* link, ReportMode mode, const Answer& answer, const char* funName);
 
 }  // namespace core
+
+namespace core {
+
+// For a handler that decodes fixed positions of the answer: when an answer arrived
+// with fewer than `needed` bytes, prints once on stderr
+// "<program>: short answer to <funName>: <length> of <needed> bytes" and returns true.
+// The handler then prints what it always prints (missing bytes read as 0).
+bool warnShortAnswer(const Answer& answer, int needed, const char* funName);
+
+}  // namespace core

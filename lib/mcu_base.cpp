@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
 
@@ -71,6 +72,19 @@ long long elapsedMicros(Clock::time_point since) {
     return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - since).count();
 }
 
+// BRDCTL_TIMEOUT_SCALE, a divisor for the answer time-outs, lets the tests reach the
+// time-out paths in a fraction of the real waits. Anything but a positive integer is 1.
+unsigned long timeoutDivisor() {
+    static const unsigned long divisor = [] {
+        const char* text = getenv("BRDCTL_TIMEOUT_SCALE");
+        if (!text || !*text) return 1ul;
+        char* end = nullptr;
+        unsigned long v = strtoul(text, &end, 10);
+        return *end == '\0' && v > 0 && text[0] != '-' ? v : 1ul;
+    }();
+    return divisor;
+}
+
 void printLine(const char* text) {
     fputs(text, stdout);
     fflush(stdout);
@@ -92,9 +106,14 @@ void reveive_thread_function(MCU_CONTENT* mcu_content) {
         if (p[1].revents) break;
         short ev = p[0].revents;
         if (ev & (POLLIN | POLLHUP | POLLERR)) ReceiveMessageFromMCU(m);
-        // A hung-up line stays readable with nothing to read: look again later.
-        if (ev & (POLLHUP | POLLERR | POLLNVAL)) {
-            if (waitForWake(m, 100)) break;
+        if (ev & (POLLHUP | POLLNVAL)) m->lineHungUp = 1;
+        if (m->lineHungUp) {
+            // A hung-up line stays readable with nothing to read: stop polling it and
+            // sleep until the link is closed.
+            syslog(LOG_ERR, "[reveive_thread_function] fd(%d) the line hung up", m->fd);
+            while (!waitForWake(m, -1)) {
+            }
+            break;
         }
     }
 }
@@ -146,7 +165,8 @@ void send_thread_function(MCU_CONTENT* mcu_content) {
             int type = m->mcuType;
             if (type == MCU_TYPE_NXP) {
                 int r = sendCMD(m, static_cast<int>(cmdIndex), data, 15, dataOut, &dataOutLength);
-                if (r == 1 && dataOutLength >= 2 && dataOut[0] == 0x21 && dataOut[1] == 0x01)
+                if (r == 1 && dataOutLength >= 2 && dataOut[0] == NXP_ACK_COMMAND &&
+                    dataOut[1] == NXP_ACK_OK)
                     info.sendCommandSuccessCount++;
                 else
                     info.sendCommandErrorCount++;
@@ -284,6 +304,11 @@ int exit_LIB(MCU_CONTENT* mcu_content) {
     return 1;
 }
 
+unsigned long MCU_ScaledTimeout(unsigned long ms) {
+    unsigned long scaled = ms / timeoutDivisor();
+    return scaled > 0 ? scaled : 1;
+}
+
 // ---- Exchange -------------------------------------------------------------------
 
 void Register_MCU_EventCallBack(BYTE byByte1, BYTE byByte2, void (*callback)(CALLBACK_DATA)) {
@@ -293,18 +318,32 @@ void Register_MCU_EventCallBack(BYTE byByte1, BYTE byByte2, void (*callback)(CAL
 }
 
 void ReceiveMessageFromMCU(MCU_CONTENT* mcu_content) {
-    switch (mcu_content->mcuType) {
+    MCU_CONTENT* m = mcu_content;
+    if (m->fd <= 0 && m->mcuType == MCU_TYPE_ST) {
+        ST_DecodingResponse(m);  // logs and counts the lost port
+        return;
+    }
+    BYTE buf[DECODER_READ_SIZE];
+    ssize_t n;
+    do {
+        n = read(m->fd, buf, DECODER_READ_SIZE);
+    } while (n < 0 && errno == EINTR);
+    const auto length = static_cast<unsigned int>(n);  // a failed read as (unsigned)-1
+    // The type is read once the bytes are in, not before the read: a request changes it
+    // only while no answer is outstanding and before it is written, so bytes answering
+    // it always meet its decoder.
+    switch (m->mcuType.load()) {
         case MCU_TYPE_NXP:
-            NXP_DecodingResponse(mcu_content);
+            NXP_DecodeBytes(m, buf, length);
             break;
         case MCU_TYPE_ST:
-            ST_DecodingResponse(mcu_content);
+            ST_DecodeBytes(m, buf, length);
             break;
         case MCU_TYPE_FM:
-            FM_DecodingResponse(mcu_content);
+            FM_DecodeBytes(m, buf, length);
             break;
         case MCU_TYPE_CUSTOMISE:
-            Customise_DecodingResponse(mcu_content);
+            Customise_DecodeBytes(m, buf, length);
             break;
         default:
             break;
@@ -359,7 +398,7 @@ int receive(MCU_CONTENT* mcu_content, BYTE* dataOut, int* dataOutLen) {
         from = 1;
         n = len - 2;
     } else if (type == MCU_TYPE_ST) {
-        if (r[0] == ST_START_CODE_F1 && r[1] == 0xFF) return MCU_RESULT_NONE;
+        if (r[0] == ST_START_CODE_F1 && r[1] == ST_DEVICE_NO_ANSWER) return MCU_RESULT_NONE;
         from = 4;
         n = len - 6;
     }
@@ -410,7 +449,7 @@ int sendClaimed(MCU_CONTENT* m, int index, const BYTE* data, int dataLen, BYTE* 
         timeout = TIMEOUT_UPDATE_MS;
     }
     // A mode outside the table does not wait: the caller gets what the buffer holds.
-    int waited = timeout < 0 ? result : WaitForRecevData(m, static_cast<unsigned long>(timeout));
+    int waited = timeout < 0 ? result : WaitForRecevData(m, MCU_ScaledTimeout(timeout));
     if (waited == 1) return receive(m, dataOut, dataOutLen);
     if (waited == MCU_RESULT_TIMEOUT) return MCU_RESULT_TIMEOUT;
     return MCU_RESULT_NONE;

@@ -33,6 +33,18 @@ constexpr BYTE NXP_START_CODE_C1 = 0xC1;
 constexpr BYTE NXP_END_CODE_C2 = 0xC2;
 constexpr BYTE ESCAPE_CODE_F0 = 0xF0;
 constexpr BYTE ESCAPE_CODE_C0 = 0xC0;
+// Escaped bytes go out as the escape code and their distance from it (00-03).
+constexpr BYTE ESCAPE_OFFSET_MAX = 0x03;
+
+// Bytes of the frames themselves.
+constexpr BYTE ST_DEVICE_CAN1 = 0x06;       // CAN frames of the first ST channel
+constexpr BYTE ST_DEVICE_CAN2 = 0x07;       // ... and of the second
+constexpr BYTE ST_COMMAND_EVENT = 0x04;     // unsolicited reports: CAN frames and events
+constexpr BYTE ST_DEVICE_NO_ANSWER = 0xFF;  // the MCU had nothing to answer
+constexpr BYTE NXP_COMMAND_CAN = 0x30;      // a CAN message from the NXP controller
+constexpr BYTE NXP_ACK_COMMAND = 0x21;      // the NXP controller's acknowledgement ...
+constexpr BYTE NXP_ACK_OK = 0x01;           // ... of a message it took
+constexpr BYTE CMD_DATA_END = 0xFF;         // ends a customised pool entry's bytes
 
 // Result codes of the exchange.
 constexpr int MCU_RESULT_OK = 1;
@@ -50,6 +62,9 @@ constexpr int MCU_RESULT_NO_COMMAND = -20;
 constexpr unsigned long TIMEOUT_AP_MS = 50;
 constexpr unsigned long TIMEOUT_FM_MS = 10000;
 constexpr unsigned long TIMEOUT_UPDATE_MS = 20000;
+// A time-out as waited for: divided by BRDCTL_TIMEOUT_SCALE, which only tests set (at
+// least 1 ms).
+unsigned long MCU_ScaledTimeout(unsigned long ms);
 
 constexpr int CMD_POOL_SIZE = 2000;
 constexpr int CMD_DATA_SIZE = 16;
@@ -157,6 +172,9 @@ struct MCU_CONTENT {
     std::condition_variable sendCond;
     // eventfd that wakes the receive thread out of poll().
     int wakeFd;
+    // Set by the receive thread when the line hung up (end of file, EIO, POLLHUP): the
+    // port is no longer polled and waiting requests run into their time-out.
+    std::atomic<int> lineHungUp;
 };
 
 // Lifecycle.
@@ -185,6 +203,12 @@ unsigned int stuffFrame(BYTE start, BYTE end, BYTE escape, const BYTE* src, unsi
                         BYTE* dst, unsigned int dstCap);
 // unstuffFrame copies the first byte, then undoes the escapes; returns the output length.
 unsigned int unstuffFrame(BYTE escape, const BYTE* src, unsigned int srcLen, BYTE* dst);
+
+// keepWellFormedFrames copies from a span of line bytes the frames that are well formed
+// (start code, no start code inside, every escape followed by 00-03, end code) in order,
+// dropping the rest; returns the bytes kept and the count of frames dropped in *dropped.
+unsigned int keepWellFormedFrames(BYTE start, BYTE end, BYTE escape, const BYTE* src,
+                                  unsigned int srcLen, BYTE* dst, unsigned int* dropped);
 
 // Command pool and exchange.
 void pushCommandToPool(MCU_CONTENT* mcu_content, int index, int device, int command, int address);

@@ -28,6 +28,8 @@ int decodePortRead(MCU_CONTENT* m, int (*core)(MCU_CONTENT*, const BYTE*, unsign
         n = read(m->fd, buf, DECODER_READ_SIZE);
     } while (n < 0 && errno == EINTR);
     if (n >= static_cast<ssize_t>(DECODER_READ_SIZE)) m->receiveDropCount++;
+    // End of file or EIO: the other side has gone and the line will not come back.
+    if (n == 0 || (n < 0 && errno == EIO)) m->lineHungUp = 1;
     return core(m, buf, static_cast<unsigned int>(n));
 }
 
@@ -36,6 +38,16 @@ void dumpBytes(const MCU_CONTENT* m, int mask, const BYTE* bytes, unsigned int n
     syslog(LOG_DEBUG, "%s", kDashes);
     for (unsigned int i = 0; i < n; ++i) syslog(LOG_DEBUG, "%02x ", bytes[i]);
     syslog(LOG_DEBUG, "%s", kDashes);
+}
+
+// In update mode the boot loader's answer is one frame: of several well-formed ones in a
+// span the last stands (a start code occurs in a well-formed frame only at its start).
+unsigned int lastFrameOnly(BYTE start, BYTE* frames, unsigned int len) {
+    unsigned int s = len;
+    while (s > 0 && frames[s - 1] != start) --s;
+    if (s <= 1) return len;
+    memmove(frames, frames + s - 1, len - (s - 1));
+    return len - (s - 1);
 }
 
 // ---- ST -------------------------------------------------------------------------
@@ -83,7 +95,8 @@ int stWalkAP(MCU_CONTENT* m) {
             continue;
         }
         unsigned int s = i;
-        bool can = s + 2 < len && (v[s + 1] == 0x06 || v[s + 1] == 0x07) && v[s + 2] == 0x04;
+        bool can = s + 2 < len && (v[s + 1] == ST_DEVICE_CAN1 || v[s + 1] == ST_DEVICE_CAN2) &&
+                   v[s + 2] == ST_COMMAND_EVENT;
         long e;
         if (can) {
             e = stCanFrameEnd(v, len, s);
@@ -98,7 +111,7 @@ int stWalkAP(MCU_CONTENT* m) {
                 continue;
             }
             // A long frame from device 6 that failed the CAN test is no answer.
-            if (s + 1 < len && v[s + 1] == 0x06 && e - s + 1 >= 22) {
+            if (s + 1 < len && v[s + 1] == ST_DEVICE_CAN1 && e - s + 1 >= 22) {
                 i += 2;
                 continue;
             }
@@ -118,7 +131,8 @@ int stWalkAP(MCU_CONTENT* m) {
         storeAnswer(m, v + s, frameLen);
         answered = true;
         // Event answers also reach the callback, before the waiter is released.
-        if (v[s + 2] == 0x04) pushEventDataToCallBackFunction(m, static_cast<int>(s), frameLen);
+        if (v[s + 2] == ST_COMMAND_EVENT)
+            pushEventDataToCallBackFunction(m, static_cast<int>(s), frameLen);
     }
     // The waiter is released once, after the last answer of the span is stored.
     if (answered) {
@@ -210,22 +224,35 @@ int ST_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiveDataLe
         return stDrop(m, 1);
     }
 
-    unsigned int n = unstuffFrame(ESCAPE_CODE_F0, span, nValidDataLength, m->validData);
-    if (m->validData[0] != ST_START_CODE_F1) {
-        syslog(LOG_ERR,
-               "[ST_DecodingResponse] (fd %d) (After Decode) Read data format error "
-               "(ST_START_CODE_F1) !!!",
-               fd);
-        return stDrop(m, 2);
+    // Frames that cannot be frames of this protocol go before any checksum is looked at.
+    BYTE wellFormed[RECEIVE_BUFFER_SIZE];
+    unsigned int dropped = 0;
+    unsigned int kept = keepWellFormedFrames(ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0, span,
+                                             nValidDataLength, wellFormed, &dropped);
+    if (dropped)
+        syslog(LOG_ERR, "[ST_DecodingResponse] (fd %d) %u malformed frame(s) dropped !!!", fd,
+               dropped);
+    if (m->stMode == ST_MODE_UPDATE) kept = lastFrameOnly(ST_START_CODE_F1, wellFormed, kept);
+    unsigned int n = 0;
+    if (kept > 0) {
+        n = unstuffFrame(ESCAPE_CODE_F0, wellFormed, kept, m->validData);
+        if (m->validData[0] != ST_START_CODE_F1) {
+            syslog(LOG_ERR,
+                   "[ST_DecodingResponse] (fd %d) (After Decode) Read data format error "
+                   "(ST_START_CODE_F1) !!!",
+                   fd);
+            return stDrop(m, 2);
+        }
     }
     m->F1_Index = 0;
-    if (m->validData[n - 1] != ST_END_CODE_F2) {
+    if (kept > 0 && m->validData[n - 1] != ST_END_CODE_F2) {
         syslog(LOG_ERR,
                "[ST_DecodingResponse] (fd %d) (After Decode) Read data format error "
                "(ST_END_CODE_F2) !!!",
                fd);
         return stDrop(m, 3);
     }
+    // Nothing left walks no frame in AP mode and fails the checksum in update mode.
     m->validDataLength = static_cast<WORD>(n);
 
     int mode = m->stMode;
@@ -277,7 +304,7 @@ int nxpWalkAP(MCU_CONTENT* m) {
             continue;
         }
         unsigned int s = i;
-        if (s + 1 < len && v[s + 1] == 0x30) {
+        if (s + 1 < len && v[s + 1] == NXP_COMMAND_CAN) {
             if (s + 8 >= len) break;  // the length byte is missing: nothing more to take
             trace(m, 1, "*** [NXP_DecodingResponse] (2-1) CAN DATA ***");
             m->receiveCANDataCount++;
@@ -359,7 +386,20 @@ int NXP_DecodeBytes(MCU_CONTENT* m, const BYTE* bytes, unsigned int receiveDataL
                modeName, ap ? "C1" : "F1");
         return nxpDrop(m, 2);
     }
-    unsigned int n = unstuffFrame(escape, span, nValidDataLength, m->validData);
+    // Frames that cannot be frames of this protocol are dropped before they are read.
+    BYTE wellFormed[RECEIVE_BUFFER_SIZE];
+    unsigned int dropped = 0;
+    unsigned int kept = keepWellFormedFrames(startCode, endCode, escape, span, nValidDataLength,
+                                             wellFormed, &dropped);
+    if (dropped)
+        syslog(LOG_ERR, "[NXP_DecodingResponse] %s %u malformed frame(s) dropped !!!", modeName,
+               dropped);
+    if (kept == 0) {
+        m->validDataLength = 0;
+        return ap ? MCU_RESULT_OK : MCU_RESULT_CRC;
+    }
+    if (!ap) kept = lastFrameOnly(startCode, wellFormed, kept);
+    unsigned int n = unstuffFrame(escape, wellFormed, kept, m->validData);
     if (m->validData[0] != startCode) {
         syslog(LOG_ERR,
                "[NXP_DecodingResponse] %s (After Decode) Read data format error "

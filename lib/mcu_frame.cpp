@@ -36,7 +36,7 @@ constexpr SliceTables makeSliceTables() {
 constexpr SliceTables kSlice = makeSliceTables();
 
 bool isEscaped(BYTE b, BYTE escape) {
-    return b >= escape && b <= escape + 3;
+    return b >= escape && b <= escape + ESCAPE_OFFSET_MAX;
 }
 
 }  // namespace
@@ -100,9 +100,44 @@ unsigned int unstuffFrame(BYTE escape, const BYTE* src, unsigned int srcLen, BYT
         BYTE k = src[i + 1];
         // An escape followed by anything above 3 has no meaning: the position still
         // advances and holds the escape byte, which the CRC or end-code test rejects.
-        dst[n++] = k <= 3 ? static_cast<BYTE>(escape + k) : escape;
+        dst[n++] = k <= ESCAPE_OFFSET_MAX ? static_cast<BYTE>(escape + k) : escape;
         i += 2;
     }
+    return n;
+}
+
+unsigned int keepWellFormedFrames(BYTE start, BYTE end, BYTE escape, const BYTE* src,
+                                  unsigned int srcLen, BYTE* dst, unsigned int* dropped) {
+    unsigned int n = 0, bad = 0, i = 0;
+    while (i < srcLen) {
+        if (src[i] != start) {  // bytes between frames belong to none
+            ++i;
+            continue;
+        }
+        unsigned int s = i, j = s + 1;
+        bool valid = true;
+        for (; j < srcLen; ++j) {
+            BYTE b = src[j];
+            if (b == start || b == end) break;
+            // An escape stands for escape+0 to escape+3 only; anything else after it means
+            // the bytes are not a frame of this protocol. The byte after it is still looked
+            // at, so a start or end code there ends the frame.
+            if (b != escape) continue;
+            if (j + 1 < srcLen && src[j + 1] <= ESCAPE_OFFSET_MAX)
+                ++j;
+            else
+                valid = false;
+        }
+        if (j < srcLen && src[j] == end && valid) {
+            memcpy(dst + n, src + s, j - s + 1);
+            n += j - s + 1;
+            i = j + 1;
+            continue;
+        }
+        ++bad;  // cut short by a start code, left open, or badly escaped
+        i = j < srcLen && src[j] == start ? j : j + 1;
+    }
+    if (dropped) *dropped = bad;
     return n;
 }
 
@@ -147,6 +182,14 @@ int verify_CRC(MCU_CONTENT* mcu_content, BYTE* pszdata, int len) {
 
 namespace {
 
+// The FM module's commands whose parameter bytes 2 and 3 are escaped.
+bool isFmEscapedCommand(BYTE b) {
+    constexpr BYTE kCommands[] = {0x88, 0x94, 0x96};
+    for (BYTE c : kCommands)
+        if (c == b) return true;
+    return false;
+}
+
 // The unescaped request for the link's type; returns its length, or -1 when the
 // request cannot fit the send buffer.
 int buildRawFrame(MCU_CONTENT* m, const cmd* entry, const BYTE* data, int dataLen, BYTE* raw) {
@@ -176,11 +219,12 @@ int buildRawFrame(MCU_CONTENT* m, const cmd* entry, const BYTE* data, int dataLe
         bool escapeFM = false;
         for (int i = 0; i < CMD_DATA_SIZE; ++i) {
             BYTE b = static_cast<BYTE>(entry->cmd_data[i]);
-            if (b == 0xFF) break;
+            if (b == CMD_DATA_END) break;
             if (type == MCU_TYPE_FM) {
-                if (i == 1) escapeFM = b == 0x88 || b == 0x94 || b == 0x96;
+                if (i == 1) escapeFM = isFmEscapedCommand(b);
                 // The FM module escapes only F1 and F2 at positions 2 and 3 of a few commands.
-                if (escapeFM && (i == 2 || i == 3) && (b == 0xF1 || b == 0xF2)) {
+                if (escapeFM && (i == 2 || i == 3) &&
+                    (b == ST_START_CODE_F1 || b == ST_END_CODE_F2)) {
                     raw[n++] = ESCAPE_CODE_F0;
                     raw[n++] = static_cast<BYTE>(b - ESCAPE_CODE_F0);
                     continue;

@@ -20,6 +20,7 @@
 #include "bootloader.h"
 #include "line_pacer.h"
 #include "mcu_base.h"
+#include "sim_frame.h"
 
 namespace brdsim {
 
@@ -37,18 +38,8 @@ constexpr size_t MAX_REQUEST_BYTES = 4096;  // a request longer than this is jun
 // Junk that holds no start, end or escape code.
 const Bytes kGarbage = {0x55, 0xAA, 0x13, 0x37};
 
-// Stuffs `raw` (device .. crc) into an F1 .. F2 frame.
-Bytes stuff(const Bytes& raw) {
-    Bytes out(2 * raw.size() + 2);
-    unsigned int n = stuffFrame(ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0, raw.data(),
-                                static_cast<unsigned int>(raw.size()), out.data(),
-                                static_cast<unsigned int>(out.size()));
-    out.resize(n);
-    return out;
-}
-
 Bytes withCrc(Bytes raw, uint8_t crcXor = 0) {
-    raw.push_back(Get_CRC8(raw.data(), static_cast<unsigned int>(raw.size())) ^ crcXor);
+    raw.push_back(crc8(raw.data(), raw.size()) ^ crcXor);
     return raw;
 }
 
@@ -264,10 +255,8 @@ struct Simulator::Impl {
         }
         Request r;
         r.raw = std::move(raw);
-        Bytes plain(r.raw.size());
-        unsigned int n = unstuffFrame(ESCAPE_CODE_F0, r.raw.data(),
-                                      static_cast<unsigned int>(r.raw.size()), plain.data());
-        plain.resize(n);
+        Bytes plain;
+        bool escapesOk = unstuff(r.raw, &plain);
         // plain: F1 device command address data... crc F2
         if (plain.size() >= 6) {
             r.device = plain[1];
@@ -275,8 +264,7 @@ struct Simulator::Impl {
             r.address = plain[3];
             r.data.assign(plain.begin() + 4, plain.end() - 2);
             uint8_t crc = plain[plain.size() - 2];
-            r.crcOk =
-                Get_CRC8(plain.data() + 1, static_cast<unsigned int>(plain.size() - 3)) == crc;
+            r.crcOk = escapesOk && crc8(plain.data() + 1, plain.size() - 3) == crc;
         }
         Bytes reply;
         std::optional<Fault> fault;

@@ -1,5 +1,6 @@
 // brdcmd: runs command handlers by name (`brdcmd NAME`), lists the commands
 // (`brdcmd --list [TEXT]`), or offers them in a menu (`brdcmd` alone).
+#include <errno.h>
 #include <signal.h>
 #include <stdio.h>
 #include <string.h>
@@ -30,9 +31,21 @@ void installInterruptHandler() {
     sigaction(SIGINT, &sa, nullptr);
 }
 
+// Whether a row travels on a CAN link (otherwise on the system-MCU link). Read from the
+// row's name until the table carries the link itself.
+bool rowNeedsCan(const FUNCTION_MAP_ENTRY& row) {
+    return strstr(row.name, "NXP_") != nullptr || strstr(row.name, "ST_CAN") != nullptr;
+}
+
+bool devicesFor(const FUNCTION_MAP_ENTRY& row) {
+    bool can = rowNeedsCan(row);
+    return LAUNCH_CHECK_DEVICES(!can, can);
+}
+
 // Runs the handler of `row` the way the system calls handlers: with the row's pool
 // index and a writable copy of its full name.
 int runHandler(const FUNCTION_MAP_ENTRY& row) {
+    if (!devicesFor(row)) return 0;  // the check said which device is missing
     int index = 0;
     findCommandIndex(row.name, &index);
     char funName[128] = {};
@@ -53,9 +66,28 @@ int reportResolution(const std::string& typed, const brdcmd::Resolution& res) {
     return brdcmd::EXIT_USAGE;
 }
 
+// Results that could not be written are a failure, not a success: status 1 (an error
+// status already set stays), with one line on stderr.
+int finish(int status) {
+    errno = 0;
+    if (fflush(stdout) == 0 && !ferror(stdout)) return status;
+    fprintf(stderr, "%s: cannot write standard output: %s\n", g_progName,
+            errno != 0 ? strerror(errno) : "write error");
+    return status == brdcmd::EXIT_OK ? brdcmd::EXIT_COMMAND_FAILED : status;
+}
+
+int run(int argc, char** argv);
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    openStandardDescriptors();
+    return finish(run(argc, argv));
+}
+
+namespace {
+
+int run(int argc, char** argv) {
     g_progName = "brdcmd";
     const brdcmd::Table table = brdcmd::commandTable();
     const brdcmd::Options opts = brdcmd::parseArgs(std::vector<std::string>(argv + 1, argv + argc));
@@ -98,6 +130,10 @@ int main(int argc, char** argv) {
     if (fConfig == nullptr) return brdcmd::EXIT_CONFIG;  // the start-up said why on stderr
     putchar('\n');  // ends the port layer's "Locking device ..." text
 
+    if (row != nullptr && !devicesFor(*row)) {
+        LAUNCH_EXIT("CONFIG_MAIN_EXIT", fConfig, 1);
+        return brdcmd::EXIT_CONFIG;
+    }
     int status;
     if (row != nullptr)
         status = runHandler(*row) >= 1 ? brdcmd::EXIT_OK : brdcmd::EXIT_COMMAND_FAILED;
@@ -106,3 +142,5 @@ int main(int argc, char** argv) {
     LAUNCH_EXIT("CONFIG_MAIN_EXIT", fConfig, 1);
     return status;
 }
+
+}  // namespace

@@ -44,6 +44,7 @@ void printfCommand(void) {
 }
 
 int main(int argc, char** argv) {
+    openStandardDescriptors();
     g_progName = "brdctl";
     signal(SIGINT, handle_signal_from_keyevent);
 

@@ -3,21 +3,56 @@
 #include "init.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <syslog.h>
+#include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <sstream>
 
+#include "UART_LIB.h"
 #include "function_MAP.h"
 #include "launch.h"
 
 InitStatus initStatus = INIT_OK;
+std::string g_configPath;
 BrdConfig g_config;
 char szArchitecture[65] = {};
+
+std::string shownText(const std::string& text) {
+    // What the file or the environment holds is echoed clipped and with control bytes
+    // and bytes above 0x7E escaped, so it cannot flood or drive the user's terminal.
+    constexpr size_t kLimit = 80;
+    std::string out;
+    size_t i = 0;
+    for (; i < text.size() && i < kLimit; ++i) {
+        unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c >= 0x20 && c < 0x7F && c != '\\') {
+            out += static_cast<char>(c);
+        } else {
+            char esc[8];
+            snprintf(esc, sizeof esc, "\\x%02x", c);
+            out += esc;
+        }
+    }
+    if (i < text.size()) out += "...";
+    return out;
+}
+
+const char* productNameProblem(const std::string& bare) {
+    // The name becomes part of a file path and is kept in a 64-byte buffer with its line
+    // end and a NUL.
+    if (bare.find('/') != std::string::npos) return "it contains '/'";
+    if (!bare.empty() && bare[0] == '.') return "it starts with '.'";
+    if (bare.size() > kMaxProductName) return "it is longer than 62 characters";
+    return nullptr;
+}
 
 namespace {
 
@@ -95,11 +130,11 @@ bool parseDevice(const std::string& value, DeviceConfig* dev, std::string* why) 
         return false;
     }
     if (!parseInt(baud, &dev->baudrate) || !supportedBaud(dev->baudrate)) {
-        *why = "bad baud rate '" + baud + "'";
+        *why = "bad baud rate '" + shownText(baud) + "'";
         return false;
     }
     if (enabled != "0" && enabled != "1") {
-        *why = "enabled must be 0 or 1, not '" + enabled + "'";
+        *why = "enabled must be 0 or 1, not '" + shownText(enabled) + "'";
         return false;
     }
     dev->enabled = enabled == "1";
@@ -122,7 +157,7 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     unsigned long number = 0;
     auto number32 = [&](unsigned long* dst) {
         if (!parseNumber(value, &number)) {
-            *why = "bad number '" + value + "' for " + key;
+            *why = "bad number '" + shownText(value) + "' for " + key;
             return false;
         }
         *dst = number;
@@ -130,7 +165,7 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     };
     auto numberInt = [&](int* dst) {
         if (!parseInt(value, dst)) {
-            *why = "bad number '" + value + "' for " + key;
+            *why = "bad number '" + shownText(value) + "' for " + key;
             return false;
         }
         return true;
@@ -141,7 +176,15 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
                 cfg->hasMcu = true;
                 return parseDevice(value, &cfg->mcu, why);
             }
-            if (key == "DEBUG_LEVEL") return numberInt(&cfg->debugLevel);
+            if (key == "DEBUG_LEVEL") {
+                // A mask: any 32-bit pattern is taken, the top bit included.
+                if (!parseNumber(value, &number) || number > 0xFFFFFFFFul) {
+                    *why = "bad number '" + shownText(value) + "' for " + key;
+                    return false;
+                }
+                cfg->debugLevel = static_cast<int>(static_cast<uint32_t>(number));
+                return true;
+            }
             break;
         case Section::McuUpdate:
         case Section::CanUpdate: {
@@ -175,10 +218,10 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
             }
             break;
         case Section::None:
-            *why = "'" + key + "' outside any section";
+            *why = "'" + shownText(key) + "' outside any section";
             return false;
     }
-    *why = "unknown key '" + key + "'";
+    *why = "unknown key '" + shownText(key) + "'";
     return false;
 }
 
@@ -188,7 +231,7 @@ MCU_CONTENT* openLink(const DeviceConfig& dev, int mcuType) {
     MCU_CONTENT* ctx = init_MCU(dev.path.c_str(), mcuType, dev.baudrate);
     if (ctx->result == MCU_RESULT_OPEN_FAIL)
         fprintf(stderr, "%s: cannot open %s: %s\n", g_progName, dev.path.c_str(),
-                strerror(ctx->openError));
+                *UART_OpenFailure() ? UART_OpenFailure() : strerror(ctx->openError));
     else if (ctx->result != 1)
         fprintf(stderr, "%s: cannot open %s: link could not be started (%d)\n", g_progName,
                 dev.path.c_str(), ctx->result);
@@ -206,8 +249,15 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
     size_t cap = 0;
     int lineNo = 0;
     bool ok = true;
-    while (ok && getline(&raw, &cap, f) >= 0) {
+    std::map<std::pair<Section, std::string>, int> firstSeen;  // key -> line it was set on
+    ssize_t got;
+    while (ok && (got = getline(&raw, &cap, f)) >= 0) {
         ++lineNo;
+        if (memchr(raw, '\0', static_cast<size_t>(got)) != nullptr) {
+            *error = fileName + ":" + std::to_string(lineNo) + ": NUL byte in the line";
+            ok = false;
+            break;
+        }
         std::string line = trim(stripComment(raw));
         if (line.empty()) continue;
         std::string why;
@@ -221,7 +271,7 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
             else if (line == "<CAN_UPDATE_INFO>")
                 sec = Section::CanUpdate, cfg->canUpdate.present = true;
             else
-                why = "unknown section '" + line + "'";
+                why = "unknown section '" + shownText(line) + "'";
         } else {
             size_t eq = line.find('=');
             if (eq == std::string::npos)
@@ -229,10 +279,14 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
             else {
                 std::string key = trim(line.substr(0, eq));
                 std::string value = trim(line.substr(eq + 1));
+                auto seen = firstSeen.find({sec, key});
                 if (key.empty())
                     why = "expected KEY=VALUE";
-                else
-                    applyKey(sec, key, value, cfg, &why);
+                else if (seen != firstSeen.end() && key != "CAN_DEVICE")
+                    why = "'" + shownText(key) + "' repeated (first set on line " +
+                          std::to_string(seen->second) + ")";
+                else if (applyKey(sec, key, value, cfg, &why))
+                    firstSeen.emplace(std::make_pair(sec, key), lineNo);
             }
         }
         if (!why.empty()) {
@@ -271,7 +325,23 @@ std::string findConfigFile(const std::string& product, std::string* searched) {
     return "";
 }
 
+void openStandardDescriptors() {
+    // A descriptor below 3 left free would be handed to the serial port, and the program's
+    // own text would then go down the line.
+    for (int fd = 0; fd < 3; ++fd) {
+        if (fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
+        int opened = open("/dev/null", fd == 0 ? O_RDONLY : O_WRONLY);
+        if (opened < 0) _exit(127);  // not even /dev/null: nothing sensible can run
+        if (opened != fd) {
+            if (dup2(opened, fd) != fd) _exit(127);
+            close(opened);
+        }
+    }
+}
+
 int LAUNCH_INIT_DEV() {
+    UART_SetProgramName(g_progName);
+    UART_RestoreOnTermination();
     if (g_config.hasMcu && g_config.mcu.enabled) {
         mcu_content = openLink(g_config.mcu, MCU_TYPE_ST);
         if (mcu_content->result != 1) return 0;
@@ -294,7 +364,33 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
     struct utsname uts;
     if (uname(&uts) == 0) snprintf(szArchitecture, sizeof szArchitecture, "%s", uts.machine);
     std::string product = detectProductName();
+    std::string bare = product.empty() ? "" : product.substr(0, product.size() - 1);
+    if (const char* problem = productNameProblem(bare)) {
+        syslog(LOG_ERR, "Product name refused");
+        fprintf(stderr, "%s: product name '%s' refused: %s\n", g_progName, shownText(bare).c_str(),
+                problem);
+        initStatus = INIT_NO_CONFIG;
+        return nullptr;
+    }
     snprintf(szProductName, sizeof szProductName, "%s", product.c_str());
+    const char* dirEnv = getenv("BRDCTL_CONFIG_DIR");
+    if (dirEnv != nullptr && *dirEnv != '\0') {
+        // A directory named on purpose that cannot be searched is a mistake to report,
+        // not a reason to fall back silently to the next place.
+        struct stat st;
+        const char* why = nullptr;
+        bool found = stat(dirEnv, &st) == 0;
+        if (found && !S_ISDIR(st.st_mode))
+            why = "not a directory";
+        else if (!found || access(dirEnv, X_OK) != 0)
+            why = strerror(errno);
+        if (why != nullptr) {
+            fprintf(stderr, "%s: BRDCTL_CONFIG_DIR %s: cannot search: %s\n", g_progName,
+                    shownText(dirEnv).c_str(), why);
+            initStatus = INIT_BAD_CONFIG;
+            return nullptr;
+        }
+    }
     std::string searched;
     std::string path = product.empty() ? "" : findConfigFile(product, &searched);
     if (path.empty()) {
@@ -308,15 +404,16 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
                     "product name)\n",
                     g_progName);
         else
-            fprintf(stderr, "%s: no configuration file %.*s.conf for product %.*s in %s\n",
-                    g_progName, static_cast<int>(product.size() - 1), product.c_str(),
-                    static_cast<int>(product.size() - 1), product.c_str(), searched.c_str());
+            fprintf(stderr, "%s: no configuration file %s.conf for product %s in %s\n", g_progName,
+                    shownText(bare).c_str(), shownText(bare).c_str(), shownText(searched).c_str());
         initStatus = INIT_NO_CONFIG;
         return nullptr;
     }
+    g_configPath = path;
     FILE* f = fopen(path.c_str(), "r");
     if (f == nullptr) {
-        fprintf(stderr, "%s: cannot read %s: %s\n", g_progName, path.c_str(), strerror(errno));
+        fprintf(stderr, "%s: cannot read %s: %s\n", g_progName, shownText(path).c_str(),
+                strerror(errno));
         initStatus = INIT_BAD_CONFIG;
         return nullptr;
     }
@@ -336,6 +433,17 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
     }
     INIT_CMD_POOL();
     return f;
+}
+
+bool LAUNCH_CHECK_DEVICES(bool needsMcu, bool needsCan) {
+    const char* missing = nullptr;
+    if (needsMcu && mcu_content == nullptr)
+        missing = "no enabled MCU_DEVICE in <MCU_INFO>, which this command needs";
+    else if (needsCan && nCANDevice < 1)
+        missing = "no enabled CAN_DEVICE in <CAN_INFO>, which this command needs";
+    if (missing == nullptr) return true;
+    fprintf(stderr, "%s: %s: %s\n", g_progName, g_configPath.c_str(), missing);
+    return false;
 }
 
 int LAUNCH_EXIT(const char* mode, FILE* fConfig, int flag) {

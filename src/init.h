@@ -50,7 +50,24 @@ std::string findConfigFile(const std::string& product, std::string* searched);
 // or null on any failure with the reason in initStatus and one line on stderr.
 FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(struct CALLBACK_DATA));
 extern InitStatus initStatus;
+// The configuration file in use (set by LAUNCH_INIT_CONFIG once found).
+extern std::string g_configPath;
+
+// True when the links a command needs are open; otherwise one stderr line naming the
+// configuration file and the device it lacks.
+bool LAUNCH_CHECK_DEVICES(bool needsMcu, bool needsCan);
+
+// Text from a file or the environment as it may be echoed: at most 80 characters
+// ("..." after a clipped one), bytes outside printable ASCII and '\\' shown as \xHH.
+std::string shownText(const std::string& text);
+// Why a product name (without its line end) cannot name a configuration file, or null.
+constexpr size_t kMaxProductName = 62;
+const char* productNameProblem(const std::string& bare);
 extern BrdConfig g_config;
+
+// Makes descriptors 0, 1 and 2 valid (on /dev/null) when the program was started without
+// them; the first thing every program does.
+void openStandardDescriptors();
 
 // Opens the links the configuration names. Returns 1, or 0 when an enabled device
 // cannot be opened.

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <string>
+#include <tuple>
 
 #include "board_fixture.h"
 #include "function_MAP.h"
@@ -115,6 +116,56 @@ TEST(CheckSelect, ParsesWholeLines) {
         EXPECT_EQ(value, c.value) << c.input;
         EXPECT_EQ(out, c.out) << c.input;
         EXPECT_EQ(err.find("input ended") != std::string::npos, c.ret == 0) << c.input;
+    }
+}
+
+// Hex numbers and text lines are read as whole lines too; end of input ends asking.
+TEST(Prompt, HexAndTextLines) {
+    const std::string inputErr = "\nInput Error !!! Please input a number.\n";
+    const std::string selectErr = "\nSelect Error !!! Please select a option again.\n";
+    struct HexCase {
+        std::string input;
+        unsigned long max;
+        int ret;
+        unsigned long value;
+        std::string out;
+    };
+    const HexCase hexCases[] = {
+        {"1f\n", 0xFF, 1, 0x1F, ""},
+        {"0x7FF\n", 0xFFFF, 1, 0x7FF, ""},
+        {"g1\n10\n", 0xFF, 1, 0x10, inputErr},
+        {"1 2\nAB\n", 0xFF, 1, 0xAB, inputErr},
+        {"100\nff\n", 0xFF, 1, 0xFF, selectErr},
+        {"-1\n", 0xFF, 0, 77, inputErr},
+        {"", 0xFF, 0, 77, ""},
+    };
+    for (const HexCase& c : hexCases) {
+        std::string in = c.input;
+        FILE* f = in.empty() ? fopen("/dev/null", "r") : fmemopen(in.data(), in.size(), "r");
+        unsigned long value = 77;
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const int r = core::readHexLine(f, &value, 0, c.max);
+        const std::string out = testing::internal::GetCapturedStdout();
+        const std::string err = testing::internal::GetCapturedStderr();
+        fclose(f);
+        EXPECT_EQ(std::tuple(r, value, out), std::tuple(c.ret, c.value, c.out)) << c.input;
+        EXPECT_EQ(err.find("input ended") != std::string::npos, c.ret == 0) << c.input;
+    }
+    const std::pair<std::string, std::string> textCases[] = {
+        {"apn.example\r\n", "apn.example"},
+        {"\n", ""},
+        {"much too long\nshort\n", "short"},
+    };
+    for (const auto& [input, want] : textCases) {
+        std::string in = input;
+        FILE* f = fmemopen(in.data(), in.size(), "r");
+        std::string text = "?";
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(core::readTextLine(f, &text, 12), 1) << input;
+        testing::internal::GetCapturedStdout();
+        fclose(f);
+        EXPECT_EQ(text, want) << input;
     }
 }
 

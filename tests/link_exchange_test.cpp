@@ -143,7 +143,7 @@ TEST_F(Link, AnswersAndFaultsOnTheLine) {
         {"device 0xFF", {FaultKind::DeviceFF}, IDX_TEMPERATURE, MCU_RESULT_NONE, {}, {}},
         {"garbage first", {FaultKind::GarbageBefore}, IDX_TEMPERATURE, MCU_RESULT_OK, {}, {40}},
         {"split in two", {FaultKind::SplitAnswer, 5}, IDX_TEMPERATURE, MCU_RESULT_OK, {}, {40}},
-        {"late, in time", {FaultKind::LateAnswer, 10}, IDX_TEMPERATURE, MCU_RESULT_OK, {}, {40}},
+        {"late, in time", {FaultKind::LateAnswer, 5}, IDX_TEMPERATURE, MCU_RESULT_OK, {}, {40}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -171,24 +171,29 @@ TEST_F(Link, BusyUnknownAndTooLate) {
     EXPECT_EQ(m->lock, 0);
     EXPECT_FALSE(sim.waitForRequests(1, 20));
 
-    // A second caller while the first still waits for its answer.
-    sim.queueFault({FaultKind::LateAnswer, 30});
+    // A second caller while the first still waits for its answer. The first waits with the
+    // update mode's long time-out, so a slow machine cannot end its wait before the second
+    // caller comes.
+    m->stMode = ST_MODE_UPDATE;
+    sim.queueFault({FaultKind::LateAnswer, 300});
     int first = 0, firstLen = 0;
     BYTE firstOut[RESPONSE_BUFFER_SIZE];
     std::thread t([&] { first = sendCMD(m, IDX_TEMPERATURE, nullptr, 0, firstOut, &firstLen); });
     ASSERT_TRUE(sim.waitForRequests(1, 1000));
     EXPECT_EQ(send(IDX_IGNITION), MCU_RESULT_BUSY);
     t.join();
+    m->stMode = ST_MODE_AP;
     EXPECT_EQ(first, MCU_RESULT_OK);
     EXPECT_EQ(Bytes(firstOut, firstOut + firstLen), Bytes{40});
     EXPECT_EQ(sim.requestCount(), 1u);
 
     // Too late: a time-out, and the stale answer is not taken for the next request's.
-    sim.queueFault({FaultKind::LateAnswer, 80});
+    // The answer comes 100 ms after the 50 ms time-out; the next request 150 ms after that.
+    sim.queueFault({FaultKind::LateAnswer, 150});
     auto t0 = std::chrono::steady_clock::now();
     EXPECT_EQ(send(IDX_TEMPERATURE), MCU_RESULT_TIMEOUT);
     EXPECT_EQ(m->lock, 0);
-    std::this_thread::sleep_until(t0 + std::chrono::milliseconds(110));  // it arrives
+    std::this_thread::sleep_until(t0 + std::chrono::milliseconds(300));  // it arrives
     EXPECT_EQ(send(IDX_IGNITION), MCU_RESULT_OK);
     EXPECT_EQ(answer(), Bytes{1});
 }

@@ -9,6 +9,7 @@
 
 #include "brdsim.h"
 #include "mcu_base.h"
+#include "sim_frame.h"
 
 namespace {
 
@@ -50,22 +51,23 @@ struct PipeLink {
 
 }  // namespace
 
-TEST(Crc8, CheckValueAndFastTablesAgreeWithTheNibbleTable) {
+// The link's table-driven CRC against the simulated board's bit-by-bit one.
+TEST(Crc8, CheckValueAndAgreementWithABitByBitCrc) {
     const BYTE digits[] = {'1', '2', '3', '4', '5', '6', '7', '8', '9'};
     EXPECT_EQ(Get_CRC8(digits, 9), 0xC6);
-    EXPECT_EQ(Get_CRC8_Nibble(digits, 9), 0xC6);
+    EXPECT_EQ(brdsim::crc8(digits, 9), 0xC6);
     EXPECT_EQ(Get_CRC8(digits, 0), 0x00);
     // Every pair of bytes covers every CRC state before every byte value.
     for (int a = 0; a < 256; ++a)
         for (int b = 0; b < 256; ++b) {
             const BYTE d[2] = {BYTE(a), BYTE(b)};
-            ASSERT_EQ(Get_CRC8(d, 2), Get_CRC8_Nibble(d, 2)) << a << "," << b;
+            ASSERT_EQ(Get_CRC8(d, 2), brdsim::crc8(d, 2)) << a << "," << b;
         }
     std::mt19937 rng(7);
     for (unsigned len = 0; len < 80; ++len) {
         Bytes d(len);
         for (auto& x : d) x = BYTE(rng());
-        ASSERT_EQ(Get_CRC8(d.data(), len), Get_CRC8_Nibble(d.data(), len)) << "length " << len;
+        ASSERT_EQ(Get_CRC8(d.data(), len), brdsim::crc8(d.data(), len)) << "length " << len;
     }
 }
 
@@ -93,6 +95,12 @@ TEST(Stuffing, EscapesExactlyFourValuesAndRoundTrips) {
         EXPECT_EQ(back[0], r.start);
         EXPECT_EQ(Bytes(back + 1, back + m - 1), r.src);
         EXPECT_EQ(back[m - 1], r.end);
+        // The simulated board's own stuffing agrees.
+        if (r.escape != 0xF0) continue;
+        EXPECT_EQ(brdsim::stuff(r.src), r.wire);
+        Bytes plain;
+        EXPECT_TRUE(brdsim::unstuff(r.wire, &plain));
+        EXPECT_EQ(plain, Bytes(back, back + m));
     }
     // Every byte doubles: 2 + 20 bytes do not fit 21.
     Bytes src(10, 0xF1);

@@ -129,9 +129,10 @@ TEST(Simulator, FaultsChangeTheNextAnswer) {
                    K::DeviceFF, K::HangUp}) {
         SCOPED_TRACE(static_cast<int>(kind));
         Started s;
-        s.sim.queueFault({kind, 150});
+        // What comes within 150 ms, and what comes after the 400 ms delay.
+        s.sim.queueFault({kind, 400});
         s.host.send(get(0x0A));
-        Bytes first = s.host.read(60, 0), f = first;
+        Bytes first = s.host.read(150, 0), f = first;
         if (!s.host.hungUp && std::count(f.begin(), f.end(), 0xF2) == 0) {
             Bytes rest = s.host.read(kind == K::NoAnswer ? 100 : 2000, 1);
             f.insert(f.end(), rest.begin(), rest.end());

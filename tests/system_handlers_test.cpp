@@ -157,6 +157,47 @@ TEST(SystemHandlers, ReportsThenLines) {
     EXPECT_EQ(count(r.out, fd + "Manual Mode.\n" + fd + "SIM Insert Off.(Default)\n"), 1u) << r.out;
 }
 
+// A GET that decodes fixed answer positions warns once on stderr when the answer is
+// shorter; what it prints on stdout does not change. Handlers that look at the length
+// themselves warn nothing.
+TEST(SystemHandlers, ShortAnswersWarnOnce) {
+    struct {
+        const char* product;
+        const char* name;
+        uint8_t address;
+        Bytes answer;
+        const char* warning;  // "" for none
+    } cases[] = {
+        {"KX07", "ST_SYSTEM_GET_0C_01_TEMPERATURE", 0x0C, {}, "0 of 1 bytes"},
+        {"KX07", "ST_SYSTEM_GET_0C_01_TEMPERATURE", 0x0C, {0x05}, ""},
+        {"KX07", "ST_SYSTEM_GET_0B_01_SUPPLY_VOLTAGE", 0x0B, {0x2C}, "1 of 2 bytes"},
+        {"KX07", "ST_SYSTEM_GET_13_01_ALART_TIMER", 0x13, {1, 2}, "2 of 3 bytes"},
+        // The antenna line (byte 1) is printed, and so read, on KX71 only.
+        {"KX07", "ST_SYSTEM_GET_18_01_GPS_STATUS", 0x18, {1}, ""},
+        {"KX71", "ST_SYSTEM_GET_18_01_GPS_STATUS", 0x18, {1}, "1 of 2 bytes"},
+        {"KX07", "ST_SYSTEM_GET_47_01_BOOT_TIME", 0x47, {5}, "1 of 2 bytes"},
+        {"KX07", "ST_SYSTEM_GET_3F_01_PULSE_COUNT_STATUS", 0x3F, {1, 2, 3}, ""},
+        {"KX07", "ST_SYSTEM_GET_62_01_HEARTBEAT_STATUS", 0x62, {1}, ""},
+    };
+    g_progName = "brdcmd";
+    for (const auto& c : cases) {
+        BoardFixture board(c.product);
+        const FUNCTION_MAP_ENTRY* row = findFunctionEntry(c.name);
+        ASSERT_NE(row, nullptr) << c.name;
+        ASSERT_EQ(row->cmd[2], c.address) << c.name;
+        board.sim.setAnswer(0, 2, c.address, c.answer);
+        Outcome r = call(board, c.name, "");
+        SCOPED_TRACE(std::string(c.product) + " " + c.name + "\n" + r.out + r.err);
+        EXPECT_EQ(r.result, 1);
+        const std::string want =
+            *c.warning ? "brdcmd: short answer to " + std::string(c.name) + ": " + c.warning + "\n"
+                       : "";
+        EXPECT_EQ(r.err, want);
+        EXPECT_EQ(r.out.find("short answer"), std::string::npos);
+    }
+    g_progName = "brdctl";
+}
+
 // Every row bound to a decoding handler runs through the table against the simulated
 // board on several products: it either does its exchange and succeeds, or it is closed to
 // the product and sends nothing.

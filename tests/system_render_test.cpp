@@ -5,10 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "system/simple_rows.h"
+#include "system/control.h"
+#include "system/status.h"
 #include "system/system_handlers.h"
 
-using namespace simple;
+using namespace shapes;
 
 namespace {
 
@@ -62,14 +63,27 @@ const GetCase GET_CASES[] = {
 };
 // clang-format on
 
+// What the status handler `handler` prints after check_result: its row's lines, or
+// its own render.
+std::string renderStatus(FUNC_HANDLER handler, std::span<const BYTE> answer, const char* product) {
+    if (const GetRow* row = rowOf(system_status::rows, handler))
+        return renderGet(*row, 7, answer, product);
+    for (const RenderRef& r : system_status::renders)
+        if (r.handler == handler) return r.render(answer, 7, product);
+    ADD_FAILURE() << "no row or render for the handler";
+    return {};
+}
+
+const SetRow& setRowOf(FUNC_HANDLER handler) {
+    const SetRow* row = rowOf(system_control::rows, handler);
+    EXPECT_NE(row, nullptr);
+    return *row;
+}
+
 TEST(SystemRender, GetLinesExactly) {
     for (size_t i = 0; i < std::size(GET_CASES); ++i) {
         const GetCase& c = GET_CASES[i];
-        const GetRow* row = getRowOf(c.handler);
-        ASSERT_NE(row, nullptr) << "case " << i;
-        EXPECT_EQ(renderGet(*row, 7, c.answer.data(), static_cast<int>(c.answer.size()), c.product),
-                  c.expected)
-            << "case " << i;
+        EXPECT_EQ(renderStatus(c.handler, c.answer, c.product), c.expected) << "case " << i;
     }
 }
 
@@ -105,12 +119,18 @@ const StepCase STEP_CASES[] = {
 TEST(SystemRender, MenusAndPromptsExactly) {
     for (size_t i = 0; i < std::size(STEP_CASES); ++i) {
         const StepCase& c = STEP_CASES[i];
-        const Variant* variant = pickVariant(*setRowOf(c.handler), c.product);
-        ASSERT_NE(variant, nullptr) << "case " << i;
-        EXPECT_EQ(renderStep(variant->steps[c.step]), c.expected) << "case " << i;
+        Step step;
+        if (const MenuRow* menu = rowOf(system_control::menus, c.handler)) {
+            step = menuStep(*menu);
+        } else {
+            const Variant* variant = pickVariant(setRowOf(c.handler), c.product);
+            ASSERT_NE(variant, nullptr) << "case " << i;
+            step = variant->steps.begin()[c.step];
+        }
+        EXPECT_EQ(renderStep(step), c.expected) << "case " << i;
     }
     // The product name keeps its line end in the "not supported" line.
-    EXPECT_EQ(renderNotSupported(*setRowOf(FUNC_ST_SYSTEM_SET_AUDIO_MUTE_CONTROL), "KX07\n"),
+    EXPECT_EQ(renderNotSupported(setRowOf(FUNC_ST_SYSTEM_SET_AUDIO_MUTE_CONTROL), "KX07\n"),
               "========  KX07\n does not support this function  ========\n" + std::string(54, '=') +
                   "\n");
 }
@@ -119,7 +139,7 @@ TEST(SystemRender, MenusAndPromptsExactly) {
 TEST(SystemRender, OwnResultLines) {
     const BYTE one[] = {1}, three[] = {3};
     const auto result = [](FUNC_HANDLER handler, const BYTE* bytes, int length) {
-        return renderSetResult(*setRowOf(handler), 7, bytes, length);
+        return renderSetResult(setRowOf(handler), 7, {bytes, static_cast<size_t>(length)});
     };
     EXPECT_EQ(result(FUNC_ST_SYSTEM_SET_HEARTBEAT_CONTROL, three, 1),
               "fd(7) Heartbeat Control Set Fail\n");

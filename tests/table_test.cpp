@@ -1,8 +1,6 @@
-// Checks of the command table: templates, device codes, command and address bytes,
-// group sizes; and a report of how many rows still run the generic handler.
+// Checks of the command table: templates, device codes, command and address bytes.
 #include <gtest/gtest.h>
 
-#include <iostream>
 #include <map>
 #include <optional>
 #include <regex>
@@ -93,41 +91,6 @@ TEST(CommandTable, EveryRowIsWellFormed) {
         EXPECT_EQ(end, 3) << name;
     }
     EXPECT_GT(named, 400);
-}
-
-// Rows per group, and per name prefix (the keys ending in "_").
-TEST(CommandTable, GroupSizes) {
-    // clang-format off
-    const std::map<std::string, int> expected = {
-        {"CAN1", 9}, {"CAN2", 8}, {"CAN", 1}, {"BKP", 17}, {"IOT", 38}, {"NVR", 4}, {"ODM", 37},
-        {"TPMS", 3}, {"FM", 18}, {"POE", 24}, {"IP8008", 6}, {"DSU", 14}, {"LANSWCH", 3},
-        {"LTC3351", 23}, {"IAP", 14}, {"NXP_CAN", 12}, {"NXP_UPDATE", 11}, {"BIOS", 2}, {"", 0},
-        {"FM_GET_", 6}, {"FM_SET_", 4}, {"FM_SEEK_", 2}, {"ST_SYSTEM_SET_", 110}};
-    // clang-format on
-    std::map<std::string, int> counted;
-    int lateSystemGets = 0;
-    for (size_t i = 0; i < function_map_count; ++i) {
-        const std::string name = function_map[i].name;
-        ++counted[functionGroup(name.c_str())];
-        for (const auto& [key, n] : expected)
-            if (!key.empty() && key.back() == '_' && startsWith(name, key)) ++counted[key];
-        auto st = parseStName(name);
-        lateSystemGets += st && st->group == "SYSTEM" && st->get && st->cc >= 0x57;
-    }
-    for (const auto& [key, n] : expected) EXPECT_EQ(counted[key], n) << "'" << key << "'";
-    EXPECT_EQ(lateSystemGets, 8);
-}
-
-TEST(CommandTable, ReportsHowManyRowsStillRunTheGenericHandler) {
-    size_t generic = 0;
-    for (size_t i = 0; i < function_map_count; ++i)
-        generic += function_map[i].func == &FUNC_GENERIC;
-    std::cout << "[table] rows: " << function_map_count << ", bound to FUNC_GENERIC: " << generic
-              << "\n";
-    RecordProperty("rows", static_cast<int>(function_map_count));
-    RecordProperty("generic_rows", static_cast<int>(generic));
-    // The groups listed in full outside the system MCU's own already hold 244 rows.
-    EXPECT_GT(function_map_count, 244u);
 }
 
 }  // namespace
