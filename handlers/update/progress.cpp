@@ -2,6 +2,7 @@
 #include "progress.h"
 
 #include <cinttypes>
+#include <cmath>
 
 namespace update {
 
@@ -20,7 +21,7 @@ std::string formatProgressLine(const std::string& phase, uint64_t done, uint64_t
     double rate = elapsedSeconds > 0 ? static_cast<double>(done) / elapsedSeconds : 0;
     std::string left = "-:--";
     if (rate > 0 && done <= total) {
-        long secs = static_cast<long>(static_cast<double>(total - done) / rate + 0.5);
+        long secs = std::lround(static_cast<double>(total - done) / rate);
         char l[32];
         std::snprintf(l, sizeof l, "%ld:%02ld", secs / 60, secs % 60);
         left = l;
