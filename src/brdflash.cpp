@@ -349,15 +349,22 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "brdflash: no image given and no FILE_PATH in %s\n", section);
             return finish(EXIT_REFUSED);
         }
-        if (!readImageFile(m.imagePath, s.appStart, &img, &why)) {
-            std::fprintf(stderr, "brdflash: %s: %s\n", m.imagePath.c_str(), why.c_str());
+        // A refused image: one line on stderr, and the summary object when asked for.
+        auto refuse = [&](const std::string& text) {
+            std::fprintf(stderr, "brdflash: %s: %s\n", m.imagePath.c_str(), text.c_str());
+            if (o.json) {
+                Report r;
+                r.outcome = "refused";
+                r.state = "unchanged";
+                r.error = text;
+                printJson(m, r, EXIT_REFUSED);
+            }
             return finish(EXIT_REFUSED);
-        }
+        };
+        if (!readImageFile(m.imagePath, s.appStart, &img, &why)) return refuse(why);
         Validation v = validateImage(img, s.limits());
         if (!v.ok || (v.modelMismatch && !o.force)) {
-            std::fprintf(stderr, "brdflash: %s: %s%s\n", m.imagePath.c_str(), v.why.c_str(),
-                         v.ok ? " (--force accepts it)" : "");
-            return finish(EXIT_REFUSED);
+            return refuse(v.why + (v.ok ? " (--force accepts it)" : ""));
         }
         if (v.modelMismatch)
             std::fprintf(stderr, "brdflash: warning: %s: %s; going on (--force)\n",
