@@ -3,6 +3,8 @@
 // it injects, since the update tests trust it to behave like a part.
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "bootloader.h"
 
 namespace {
@@ -121,6 +123,25 @@ TEST(SimBootLoader, ParsesFaultOptions) {
         EXPECT_EQ(f.kind, kind) << text;
         EXPECT_EQ(f.atWrite, at) << text;
         EXPECT_EQ(f.count, count) << text;
+    }
+}
+
+// With flash timing a page erase takes the time a part needs; without it none.
+TEST(SimBootLoader, FlashTimingOnlyWhenAsked) {
+    for (bool timing : {false, true}) {
+        BootLoader b(brdsim::nxpFlashLayout(), "KX07 1.0.0");
+        b.setFlashTiming(timing);
+        b.nxp(0x42, {});
+        b.nxp(0x24, kKey);
+        auto t0 = std::chrono::steady_clock::now();
+        EXPECT_EQ(b.nxp(0x10, le(0x2000, 0x2000 + 8 * 256)).data[0], 0x01);
+        auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                      std::chrono::steady_clock::now() - t0)
+                      .count();
+        if (timing)
+            EXPECT_GE(ms, 160);  // eight pages of 20 ms
+        else
+            EXPECT_LT(ms, 100);
     }
 }
 
