@@ -57,3 +57,13 @@ run "$BIN/brdflash" mcu "$IMAGE" --verify-only --json
 step "brdflash: an image for another model is refused before anything is sent"
 sed 's/KX07 1.2.0/KX99 1.2.0/' "$WORK/mcu.bin" >"$WORK/other.bin"
 run "$BIN/brdflash" mcu "$WORK/other.bin"
+
+step "brdflash: the CAN MCU (boot loader framing F1/F2, every block read back)"
+{
+    printf '\x00\x90\x00\x10\x41\x21\x00\x00'        # stack in SRAM at 0x10000000, reset handler
+    head -c $((0x400 - 8)) /dev/urandom
+    printf 'KX07 2.0.1\0'
+    head -c $((0x1C00 - 11)) /dev/urandom
+} >"$WORK/can.bin"
+run "$BIN/brdflash" can "$WORK/can.bin" --quiet
+run "$BIN/brdflash" can --info
