@@ -115,6 +115,8 @@ void reveive_thread_function(MCU_CONTENT* mcu_content) {
             }
             break;
         }
+        // An error that is not a hang-up: look again a little later rather than spin.
+        if ((ev & POLLERR) && waitForWake(m, 100)) break;
     }
 }
 
@@ -216,11 +218,22 @@ void stopSend(int signal) {
 }
 
 void startCANSend(MCU_CONTENT* mcu_content) {
+    MCU_CONTENT* m = mcu_content;
     {
-        std::lock_guard<std::mutex> g(mcu_content->sendMutex);
-        mcu_content->canSendInfo.senFlag = 1;
+        std::lock_guard<std::mutex> g(m->sendMutex);
+        m->canSendInfo.senFlag = 1;
+        // The send thread exists only for CAN series: most runs never start one, and a
+        // thread start is a good part of a short run's time.
+        if (!m->send_thread.joinable() && !m->cancel_send_thread) {
+            try {
+                m->send_thread = std::thread(send_thread_function, m);
+            } catch (const std::system_error&) {
+                syslog(LOG_ERR, "[init_MCU] fd(%d) The sending thread creat fail !!!", m->fd);
+                m->canSendInfo.senFlag = 0;
+            }
+        }
     }
-    mcu_content->sendCond.notify_all();
+    m->sendCond.notify_all();
 }
 
 // ---- Lifecycle ------------------------------------------------------------------
@@ -255,13 +268,7 @@ MCU_CONTENT* init_MCU(const char* pszUARTPortName, int mcuType, int baudrate) {
         m->result = MCU_RESULT_THREAD_FAIL;
         return m;
     }
-    try {
-        m->send_thread = std::thread(send_thread_function, m);
-    } catch (const std::system_error&) {
-        syslog(LOG_ERR, "[init_MCU] fd(%d) The sending thread creat fail !!!", m->fd);
-        m->cancel_send_thread = 1;
-        m->result = MCU_RESULT_THREAD_FAIL;
-    }
+    // The send thread starts with the first CAN series (startCANSend).
     return m;
 }
 

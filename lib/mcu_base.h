@@ -159,6 +159,9 @@ struct MCU_CONTENT {
     CAN_SEND_INFO canSendInfo;
     std::atomic<unsigned long> receiveCANDataCount;
     std::atomic<unsigned int> receiveErrorCount;
+    // Whole reads of DECODER_READ_SIZE bytes that a decoder threw away: traffic lost
+    // because the receive thread fell behind.
+    std::atomic<unsigned long> receiveDropCount;
     MCU_INFO mcuInfo;
 
     // Hand-over between the receive thread and the waiter.
@@ -179,7 +182,8 @@ void MCU_Library_Version(BYTE* version);
 MCU_CONTENT* init_MCU(const char* pszUARTPortName, int mcuType, int baudrate);
 int exit_LIB(MCU_CONTENT* mcu_content);
 void stopSend(int signal);
-// Starts a CAN series on the send thread (sets senFlag and wakes it).
+// Starts a CAN series on the send thread (sets senFlag and wakes it; the thread itself is
+// started by the first series).
 void startCANSend(MCU_CONTENT* mcu_content);
 
 // Frames.
@@ -237,7 +241,8 @@ int Customise_DecodeBytes(MCU_CONTENT* mcu_content, const BYTE* bytes,
 // Bytes asked of the port by one decoder step.
 constexpr unsigned int DECODER_READ_SIZE = 1024;
 
-// The link's threads (started by init_MCU, stopped and joined by exit_LIB).
+// The link's threads (the receive thread started by init_MCU, the send thread by the first
+// startCANSend; both stopped and joined by exit_LIB).
 void reveive_thread_function(MCU_CONTENT* mcu_content);
 void send_thread_function(MCU_CONTENT* mcu_content);
 

@@ -1,7 +1,6 @@
 // brdctl: sends one raw request to the system MCU and prints the raw answer.
 //   brdctl 02 AA SS          query address AA, sub-index SS
 //   brdctl 03 AA SS DD ...   set, with data bytes DD
-#include <ctype.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -10,10 +9,7 @@
 #include "function_MAP.h"
 #include "init.h"
 #include "launch.h"
-
-namespace {
-constexpr int MAX_DATA_IN = 128;
-}
+#include "raw_args.h"
 
 void printfCommand(void);
 
@@ -23,14 +19,6 @@ void printfCommand(void);
     fflush(stdout);
     LAUNCH_EXIT("CONFIG_MAIN_EXIT", fConfig, 1);
     exit(0);
-}
-
-int is_valid_hex(const char* str) {
-    if (str == nullptr || strlen(str) != 2) return 0;
-    return isxdigit(static_cast<unsigned char>(str[0])) &&
-                   isxdigit(static_cast<unsigned char>(str[1]))
-               ? 1
-               : 0;
 }
 
 void printfCommand(void) {
@@ -58,41 +46,17 @@ int main(int argc, char** argv) {
     char funName[128] = {};
 
     putchar('\n');
-    if (argc < 4) {
+    int dataLength = 0;
+    if (!parseRawArguments(argc, argv, DataIn, &dataLength, simple_funName,
+                           sizeof simple_funName)) {
         usageExit(fConfig);
     }
-    // DataIn holds 128 bytes: a longer command line is refused before anything is sent.
-    if (argc - 4 > MAX_DATA_IN) {
-        usageExit(fConfig);
-    }
-    for (int i = 1; i < argc; ++i) {
-        if (!is_valid_hex(argv[i])) {
-            usageExit(fConfig);
-        }
-        if (i >= 4) DataIn[i - 4] = static_cast<BYTE>(strtol(argv[i], nullptr, 16));
-    }
-
-    const char* prefix = nullptr;
-    if (strcmp(argv[1], "02") == 0) {
-        prefix = "SYSTEM_GET";
-        if (argc != 4) {
-            usageExit(fConfig);
-        }
-    } else if (strcmp(argv[1], "03") == 0) {
-        prefix = "SYSTEM_SET";
-        if (argc < 5) {
-            usageExit(fConfig);
-        }
-    } else {
-        usageExit(fConfig);
-    }
-    snprintf(simple_funName, sizeof simple_funName, "%s_%s_%s", prefix, argv[2], argv[3]);
 
     if (!FIND_FunName(simple_funName, funName)) {
         usageExit(fConfig);
     }
 
-    int result = LAUNCH_MCU_COMMAND(funName, DataIn, argc - 4, DataOut, &DataOutLength);
+    int result = LAUNCH_MCU_COMMAND(funName, DataIn, dataLength, DataOut, &DataOutLength);
     if (result < 1) {
         puts("Get MCU version failure.");
         LAUNCH_EXIT("CONFIG_MAIN_EXIT", fConfig, 1);

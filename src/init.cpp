@@ -45,6 +45,14 @@ std::string shownText(const std::string& text) {
     return out;
 }
 
+// 'TEXT' with TEXT shown as above; built by appending, which GCC 12 at -O3 does not
+// mistake for an overlapping copy (-Wrestrict) as it does "'" + a temporary string.
+std::string quotedText(const std::string& text) {
+    std::string out(1, '\'');
+    out.append(shownText(text)).push_back('\'');
+    return out;
+}
+
 const char* productNameProblem(const std::string& bare) {
     // The name becomes part of a file path and is kept in a 64-byte buffer with its line
     // end and a NUL.
@@ -130,11 +138,11 @@ bool parseDevice(const std::string& value, DeviceConfig* dev, std::string* why) 
         return false;
     }
     if (!parseInt(baud, &dev->baudrate) || !supportedBaud(dev->baudrate)) {
-        *why = "bad baud rate '" + shownText(baud) + "'";
+        *why = "bad baud rate " + quotedText(baud);
         return false;
     }
     if (enabled != "0" && enabled != "1") {
-        *why = "enabled must be 0 or 1, not '" + shownText(enabled) + "'";
+        *why = "enabled must be 0 or 1, not " + quotedText(enabled);
         return false;
     }
     dev->enabled = enabled == "1";
@@ -157,7 +165,7 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     unsigned long number = 0;
     auto number32 = [&](unsigned long* dst) {
         if (!parseNumber(value, &number)) {
-            *why = "bad number '" + shownText(value) + "' for " + key;
+            *why = "bad number " + quotedText(value) + " for " + key;
             return false;
         }
         *dst = number;
@@ -165,7 +173,7 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
     };
     auto numberInt = [&](int* dst) {
         if (!parseInt(value, dst)) {
-            *why = "bad number '" + shownText(value) + "' for " + key;
+            *why = "bad number " + quotedText(value) + " for " + key;
             return false;
         }
         return true;
@@ -179,7 +187,7 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
             if (key == "DEBUG_LEVEL") {
                 // A mask: any 32-bit pattern is taken, the top bit included.
                 if (!parseNumber(value, &number) || number > 0xFFFFFFFFul) {
-                    *why = "bad number '" + shownText(value) + "' for " + key;
+                    *why = "bad number " + quotedText(value) + " for " + key;
                     return false;
                 }
                 cfg->debugLevel = static_cast<int>(static_cast<uint32_t>(number));
@@ -187,14 +195,28 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
             }
             break;
         case Section::McuUpdate:
-            if (key == "FILE_PATH") return (cfg->mcuFilePath = value, true);
-            if (key == "MCU_startAddress") return number32(&cfg->mcuStartAddress);
-            if (key == "ProgramROM_startAddress") return number32(&cfg->programRomStartAddress);
-            if (key == "MCU_versionAddress") return number32(&cfg->mcuVersionAddress);
-            if (key == "WRITE_SIZE") return numberInt(&cfg->writeSize);
-            if (key == "VERIFY_SIZE") return numberInt(&cfg->verifySize);
-            if (key == "FW_MODEL") return (cfg->fwModel = value, true);
+        case Section::CanUpdate: {
+            update::UpdateInfo& u = sec == Section::McuUpdate ? cfg->mcuUpdate : cfg->canUpdate;
+            auto address = [&](std::optional<unsigned long>* dst) {
+                unsigned long v = 0;
+                return number32(&v) && (*dst = v, true);
+            };
+            auto size = [&](std::optional<int>* dst) {
+                int v = 0;
+                return numberInt(&v) && (*dst = v, true);
+            };
+            if (key == "FILE_PATH") return (u.filePath = value, true);
+            if (key == "MCU_startAddress") return address(&u.mcuStartAddress);
+            if (key == "ProgramROM_startAddress") return address(&u.programRomStartAddress);
+            if (key == "MCU_versionAddress") return address(&u.mcuVersionAddress);
+            if (key == "MCU_endAddress") return address(&u.mcuEndAddress);
+            if (key == "RAM_startAddress") return address(&u.ramStartAddress);
+            if (key == "RAM_endAddress") return address(&u.ramEndAddress);
+            if (key == "WRITE_SIZE") return size(&u.writeSize);
+            if (key == "VERIFY_SIZE") return size(&u.verifySize);
+            if (key == "FW_MODEL") return (u.fwModel = value, true);
             break;
+        }
         case Section::CanInfo:
             if (key == "CAN_DEVICE") {
                 DeviceConfig dev;
@@ -203,14 +225,11 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
                 return true;
             }
             break;
-        case Section::CanUpdate:
-            if (key == "FILE_PATH") return (cfg->canFilePath = value, true);
-            break;
         case Section::None:
-            *why = "'" + shownText(key) + "' outside any section";
+            *why = quotedText(key) + " outside any section";
             return false;
     }
-    *why = "unknown key '" + shownText(key) + "'";
+    *why = "unknown key " + quotedText(key);
     return false;
 }
 
@@ -254,13 +273,13 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
             if (line == "<MCU_INFO>")
                 sec = Section::McuInfo;
             else if (line == "<MCU_UPDATE_INFO>")
-                sec = Section::McuUpdate;
+                sec = Section::McuUpdate, cfg->mcuUpdate.present = true;
             else if (line == "<CAN_INFO>")
                 sec = Section::CanInfo;
             else if (line == "<CAN_UPDATE_INFO>")
-                sec = Section::CanUpdate;
+                sec = Section::CanUpdate, cfg->canUpdate.present = true;
             else
-                why = "unknown section '" + shownText(line) + "'";
+                why = "unknown section " + quotedText(line);
         } else {
             size_t eq = line.find('=');
             if (eq == std::string::npos)
@@ -272,7 +291,7 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
                 if (key.empty())
                     why = "expected KEY=VALUE";
                 else if (seen != firstSeen.end() && key != "CAN_DEVICE")
-                    why = "'" + shownText(key) + "' repeated (first set on line " +
+                    why = quotedText(key) + " repeated (first set on line " +
                           std::to_string(seen->second) + ")";
                 else if (applyKey(sec, key, value, cfg, &why))
                     firstSeen.emplace(std::make_pair(sec, key), lineNo);
@@ -322,7 +341,7 @@ void openStandardDescriptors() {
         int opened = open("/dev/null", fd == 0 ? O_RDONLY : O_WRONLY);
         if (opened < 0) _exit(127);  // not even /dev/null: nothing sensible can run
         if (opened != fd) {
-            dup2(opened, fd);
+            if (dup2(opened, fd) != fd) _exit(127);
             close(opened);
         }
     }
@@ -368,11 +387,10 @@ FILE* LAUNCH_INIT_CONFIG(int mode, void (*eventCallback)(CALLBACK_DATA)) {
         // not a reason to fall back silently to the next place.
         struct stat st;
         const char* why = nullptr;
-        if (stat(dirEnv, &st) != 0)
-            why = strerror(errno);
-        else if (!S_ISDIR(st.st_mode))
+        bool found = stat(dirEnv, &st) == 0;
+        if (found && !S_ISDIR(st.st_mode))
             why = "not a directory";
-        else if (access(dirEnv, X_OK) != 0)
+        else if (!found || access(dirEnv, X_OK) != 0)
             why = strerror(errno);
         if (why != nullptr) {
             fprintf(stderr, "%s: BRDCTL_CONFIG_DIR %s: cannot search: %s\n", g_progName,

@@ -42,7 +42,7 @@ std::string makeTempDir() {
 TEST(HardeningConfig, FileErrorsNameTheLine) {
     const std::string longValue(200, '7');
     const ParseCase cases[] = {
-        {std::string("<MCU_INFO>\nDEBUG_LEVEL=1\0\n", 27), "p.conf:2: NUL byte in the line"},
+        {std::string("<MCU_INFO>\nDEBUG_LEVEL=1\0\n", 26), "p.conf:2: NUL byte in the line"},
         {"<MCU_INFO>\nMCU_DEVICE=/dev/a,115200,1\n\nMCU_DEVICE=/dev/b,115200,1\n",
          "p.conf:4: 'MCU_DEVICE' repeated (first set on line 2)"},
         {"<MCU_INFO>\nDEBUG_LEVEL=1\n<CAN_INFO>\n<MCU_INFO>\nDEBUG_LEVEL=2\n",

@@ -1,5 +1,6 @@
 // The programs on bad devices and a shared port: a lock held by another process, paths
-// that are not terminals, closed standard descriptors, and termination signals.
+// that are not terminals, closed standard descriptors, termination signals, and a
+// standard output that cannot be written.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -100,7 +101,7 @@ TEST(HardeningDevice, PortHeldByAnotherProcess) {
     // Released within the deadline: the program goes on and gets its answer.
     std::thread release([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        flock(holder, LOCK_UN);
+        EXPECT_EQ(flock(holder, LOCK_UN), 0);
     });
     ProgramResult r = run(kPrograms[0], dir, {{"BRDCTL_LOCK_TIMEOUT", "5"}});
     release.join();
@@ -143,9 +144,10 @@ TEST(HardeningDevice, OnlyTerminalsAreOpened) {
 
 namespace {
 
-// Starts `path` with descriptors 0, 1 and 2 closed.
-pid_t spawnWithoutStd(const char* path, const std::vector<std::string>& args,
-                      const std::string& dir) {
+// Starts `path` for KX07 with its configuration in `dir` and descriptors 0, 1 and 2 taken
+// from `std` (-1: left closed).
+pid_t spawn(const char* path, const std::vector<std::string>& args, const std::string& dir,
+            const int (&std)[3]) {
     pid_t pid = fork();
     if (pid != 0) return pid;
     setenv("BRDCTL_PRODUCT", "KX07", 1);
@@ -153,9 +155,15 @@ pid_t spawnWithoutStd(const char* path, const std::vector<std::string>& args,
     std::vector<char*> argv{const_cast<char*>(path)};
     for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
-    close(0);
-    close(1);
-    close(2);
+    int moved[3];
+    for (int i = 0; i < 3; ++i) moved[i] = std[i] >= 0 ? fcntl(std[i], F_DUPFD_CLOEXEC, 10) : -1;
+    for (int i = 0; i < 3; ++i) {
+        if (moved[i] < 0) {
+            close(i);
+        } else if (dup2(moved[i], i) < 0) {
+            _exit(126);
+        }
+    }
     execv(path, argv.data());
     _exit(127);
 }
@@ -180,7 +188,7 @@ TEST(HardeningDevice, ClosedStandardDescriptorsKeepTextOffTheLine) {
     PtyPair board;  // nobody answers: the program times out and prints its failure line
     std::string dir = makeTempDir();
     brdsim::writeConfig(dir, "KX07", board.slavePath);
-    pid_t pid = spawnWithoutStd(BRDCTL_BIN, {"02", "01", "01"}, dir);
+    pid_t pid = spawn(BRDCTL_BIN, {"02", "01", "01"}, dir, {-1, -1, -1});
     std::vector<uint8_t> line = board.read(1500);
     int status = waitExit(pid, 10000);
     ASSERT_TRUE(WIFEXITED(status));
@@ -210,24 +218,16 @@ TEST(HardeningDevice, TerminationRestoresThePortSettings) {
         // brdcmd's menu waits on its input, which the test keeps open.
         int in[2];
         ASSERT_EQ(pipe(in), 0);
-        pid_t pid = fork();
-        if (pid == 0) {
-            dup2(in[0], 0);
-            close(in[1]);
-            int null = open("/dev/null", O_WRONLY);
-            dup2(null, 1);
-            setenv("BRDCTL_PRODUCT", "KX07", 1);
-            setenv("BRDCTL_CONFIG_DIR", dir.c_str(), 1);
-            execl(BRDCMD_BIN, BRDCMD_BIN, static_cast<char*>(nullptr));
-            _exit(127);
-        }
+        int null = open("/dev/null", O_WRONLY);
+        pid_t pid = spawn(BRDCMD_BIN, {}, dir, {in[0], null, 2});
         close(in[0]);
+        close(null);
         // Wait until the link has configured the port.
         struct termios during = before;
         auto end = Clock::now() + std::chrono::seconds(5);
         while (during.c_lflag == before.c_lflag && Clock::now() < end) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            tcgetattr(watcher, &during);
+            if (tcgetattr(watcher, &during) != 0) break;
         }
         ASSERT_NE(during.c_lflag, before.c_lflag);
         kill(pid, sig);
@@ -242,5 +242,37 @@ TEST(HardeningDevice, TerminationRestoresThePortSettings) {
         EXPECT_EQ(after.c_cflag, before.c_cflag);
         close(in[1]);
         close(watcher);
+    }
+}
+
+TEST(HardeningDevice, UnwritableStandardOutputFailsBrdcmd) {
+    brdsim::Simulator sim("KX07");
+    ASSERT_TRUE(sim.start());
+    std::string dir = makeTempDir();
+    brdsim::writeConfig(dir, "KX07", sim.ptyPath());
+    const std::vector<std::string> runs[] = {
+        {"--help"}, {"--version"}, {"--list"}, {"ST_SYSTEM_GET_0C_01_TEMPERATURE"}, {}};
+    for (const auto& args : runs) {
+        for (const char* out : {"/dev/null", "/dev/full"}) {
+            SCOPED_TRACE((args.empty() ? "menu" : args[0]) + " > " + out);
+            int errPipe[2];
+            ASSERT_EQ(pipe(errPipe), 0);
+            int in = open("/dev/null", O_RDONLY), outFd = open(out, O_WRONLY);
+            pid_t pid = spawn(BRDCMD_BIN, args, dir, {in, outFd, errPipe[1]});
+            close(in);
+            close(outFd);
+            close(errPipe[1]);
+            std::string err;
+            char buf[512];
+            for (ssize_t n; (n = read(errPipe[0], buf, sizeof buf)) > 0;)
+                err.append(buf, size_t(n));
+            close(errPipe[0]);
+            int status = waitExit(pid, 10000);
+            bool full = strcmp(out, "/dev/full") == 0;
+            ASSERT_TRUE(WIFEXITED(status));
+            EXPECT_EQ(WEXITSTATUS(status), full ? 1 : 0);
+            EXPECT_EQ(err.find("brdcmd: cannot write standard output") != std::string::npos, full)
+                << err;
+        }
     }
 }

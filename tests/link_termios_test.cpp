@@ -53,13 +53,3 @@ TEST(LinkTermios, RecordHandedToThePortAtEveryRate) {
         EXPECT_EQ(t.c_cflag & ~kCorrected, asBuilt & ~kCorrected);
     }
 }
-
-TEST(LinkTermios, RecordWithoutGivenSettings) {
-    // Without a record of its own the port gets a fresh one at the rate's speed code.
-    for (UART_MODE mode : {BLKING, NONBLKING}) {
-        struct termios t = UART_PortSettings(nullptr, 9600, mode);
-        EXPECT_EQ(t.c_cflag, tcflag_t(B9600 | 0x8B0));
-        EXPECT_EQ(t.c_cc[VMIN], mode == BLKING ? 1 : 0);
-        EXPECT_EQ(t.c_cc[VTIME], 0);
-    }
-}
