@@ -95,9 +95,9 @@ struct Simulator::Impl {
     std::atomic<bool> hungUp{false};
     Bytes inFrame;  // the request being received, from its start code
     bool inRequest = false;
-    Bytes outBuf;        // bytes the line did not take yet, from outHead on
+    Bytes outBuf;               // bytes the line did not take yet, from outHead on
     AsciiCommandMatcher ascii;  // the TPMS receiver's commands between frames
-    size_t outHead = 0;  // the first byte of outBuf not yet written
+    size_t outHead = 0;         // the first byte of outBuf not yet written
     LinePacer txPace, rxPace;
     Bytes rxPending;  // bytes read from the host that the line has not delivered yet
     std::atomic<size_t> backlog{0};
