@@ -345,4 +345,24 @@ TEST_F(FmProgram, MenuNamesTheWheelsOfTheSensorList) {
     EXPECT_EQ(count(child.out, "  wheel "), 2u) << child.out;
 }
 
+// brdsim itself streams the records on its NXP controller's line, the configured CAN link.
+TEST(TpmsProgram, BrdsimStreamsToTheWait) {
+    char tmpl[] = "/tmp/fm_tpms_sim.XXXXXX";
+    ASSERT_NE(mkdtemp(tmpl), nullptr);
+    const std::string dir = tmpl;
+    {
+        InteractiveProgram sim(
+            BRDSIM_BIN, {"--product", "KX07", "--write-config", dir, "--tpms-rate", "50"}, {});
+        ASSERT_TRUE(sim.waitFor("\n", 2)) << sim.out;  // the MCU's line, then the NXP's
+        InteractiveProgram cmd(BRDCMD_BIN, {"TPMS_GET_REALTIME_DATA"},
+                               {"BRDCTL_CONFIG_DIR=" + dir, "BRDCTL_PRODUCT=KX07"});
+        EXPECT_TRUE(cmd.waitFor("  AB CD 12 34 ")) << cmd.out;
+        cmd.interrupt();
+        EXPECT_EQ(cmd.finish(), 0) << cmd.out;
+        sim.interrupt();
+        EXPECT_EQ(sim.finish(), 0) << sim.out;
+    }
+    std::filesystem::remove_all(dir);
+}
+
 }  // namespace
