@@ -124,7 +124,7 @@ bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, 
             return true;
         }
     }
-    return false;
+    return peripheralDefaultAnswer(product, device, address, out);
 }
 
 }  // namespace brdsim

@@ -1,0 +1,99 @@
+// What the peripheral command groups print, from answer bytes and the product alone:
+// no serial line involved.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "bkp/bkp_handlers.h"
+#include "shapes/exchange_steps.h"
+
+namespace {
+
+using Bytes = std::vector<BYTE>;
+using shapes::Render;
+
+const std::string SEP = "==========================\n";
+const std::string RULE = std::string(56, '=') + "\n";
+const std::string SELECT = "Select which option you want to do:";
+
+std::string framed(const std::string& lines) {
+    return SEP + lines + SEP;
+}
+
+struct RenderCase {
+    Render render;
+    Bytes answer;
+    std::string expected;
+    const char* product = "KX07\n";
+};
+
+void expectRenders(const RenderCase* cases, size_t n) {
+    for (size_t i = 0; i < n; ++i) {
+        const RenderCase& c = cases[i];
+        EXPECT_EQ(c.render(c.answer, c.product, 7), c.expected) << "case " << i;
+    }
+}
+
+// clang-format off
+const RenderCase BKP_CASES[] = {
+    {bkp::renderBackupBatteryStatus, {3}, framed("Backup Battery Status = 3\nfd(7) Backup Battery Discharge Now.\n")},
+    {bkp::renderBackupBatteryStatus, {7}, framed("Backup Battery Status = 7\n")},
+    {bkp::renderSmartBatteryVoltage, {0x44, 0x2F},
+     framed("fd(7) smartVoltageLow = 68,  smartVoltageHigh = 47\nfd(7) Smart Battery Voltage = 12100 (0~65535)(unit:mV)\n")},
+    {bkp::renderSmartBatteryVoltage, {0x44, 0x2F},
+     framed("fd(7) VoltageLow = 68,  VoltageHigh = 47\nfd(7) Backup Battery Voltage = 12100 (0~65535)(unit:mV)\n"), "KX29\n"},
+    {bkp::renderSmartBatteryTemperature, {128}, framed("fd(7) Smart Battery Temperature = -128 (-127 ~ 127)\n")},
+    {bkp::renderSmartBatteryTemperature, {0xFB}, framed("fd(7) Smart Battery Temperature = -5 (-127 ~ 127)\n")},
+    {bkp::renderSmartBatteryTemperature, {127}, framed("fd(7) Smart Battery Temperature = 127 (-127 ~ 127)\n")},
+    {bkp::renderBackupBatteryTemperature, {0xFB}, framed("fd(7) Backup Battery Temperature = 251 (0 ~ 140)\n")},
+    {bkp::renderSmartBatteryStatus, {0xC0, 0x01},
+     framed("fd(7) status discharging\nfd(7) status gauge initialized\n"), "KX60\n"},
+    {bkp::renderSmartBatteryStatus, {0x40, 0x01},
+     framed("fd(7) smartBatteryStatusLow = 64,  smartBatteryStatusHigh = 1\nfd(7) Smart Battery Status = 0x140\n")},
+    {bkp::renderSmartBatteryStatus, {0, 0},
+     framed("fd(7) smartBatteryStatusLow = 0,  smartBatteryStatusHigh = 0\nfd(7) Smart Battery Status = 0\n")},
+    {bkp::renderSmartBatteryCurrent, {0xE8, 0x03},
+     framed("fd(7) smartBatteryCurrentLow = 232,  smartBatteryCurrentHigh = 3\nfd(7) Smart Battery Current = 1000 (0~32768)(unit:mA)\n")},
+    {bkp::renderBackupBatteryCurrent, {0x10, 0x00},
+     framed("fd(7) backupBatteryCurrentLow = 16,  backupBatteryCurrentHigh = 0\nfd(7) backup Battery Current = 16 (0~32768)(unit:mA)\n")},
+    {bkp::renderThresholdSetting, {0x4C, 0x04, 0xB0, 0x04},
+     framed("fd(7) Threshold Low  = 1100 (unit:10mV)\nfd(7) Threshold High = 1200 (unit:10mV)\n")},
+    // A short answer reads zeros past its end.
+    {bkp::renderThresholdSetting, {0x4C},
+     framed("fd(7) Threshold Low  = 76 (unit:10mV)\nfd(7) Threshold High = 0 (unit:10mV)\n")},
+    {bkp::renderDelayTimeStatus, {0}, framed("fd(7) Delay Time : 5 min\n")},
+    {bkp::renderDelayTimeStatus, {7}, framed("fd(7) Delay Time : 70 min\n")},
+    {bkp::renderDelayTimeStatus, {19}, framed("fd(7) Delay Time : 240 min\n")},
+    {bkp::renderDelayTimeStatus, {0x14}, framed("fd(7) Delay Time : unknow time.(0x14)\n")},
+    {bkp::renderDelayTimeStatus, {0x0F + 0x10}, framed("fd(7) Delay Time : unknow time.(0x1F)\n")},
+    {bkp::renderDelayTimeNow, {0x2D, 0x01}, framed("fd(7) Delay Time  = 301 \n")},
+    {bkp::renderPowerOffValue, {1}, framed("fd(7) 60(seconds) \n")},
+    {bkp::renderPowerOffValue, {2}, framed("")},
+    {bkp::renderSmartBatteryCapacity, {76}, framed("fd(7) Smart Battery Capacity = 76 (0~100)(unit:percentage)\n")},
+    {bkp::renderAutoReboot, {3}, framed("fd(7) Auto reboot is enabled.  \n")},
+    {bkp::renderAutoReboot, {2}, framed("fd(7) Auto reboot is disabled.\n")},
+};
+// clang-format on
+
+TEST(PeripheralRender, BatteryAndBios) {
+    expectRenders(BKP_CASES, std::size(BKP_CASES));
+}
+
+TEST(PeripheralRender, BatteryMenus) {
+    std::string delay = bkp::renderDelayTimeMenu();
+    EXPECT_EQ(delay.substr(0, delay.find('\n')), "========\tDelay Time Control \t\t========");
+    EXPECT_NE(delay.find("\n0.    5 Min.\n1.   10 Min.\n"), std::string::npos);
+    EXPECT_NE(delay.find("\n9.   90 Min.\n10. 105 Min.\n"), std::string::npos);
+    EXPECT_NE(delay.find("\n19. 240 Min.\n" + RULE + SELECT), std::string::npos);
+    EXPECT_EQ(bkp::renderPowerOffMenu(),
+              "========\tPower Off Value \t\t========\n0.   30(seconds).\n"
+              "1.   60(seconds).\n" +
+                  RULE + SELECT);
+    EXPECT_EQ(bkp::renderAutoRebootMenu(),
+              "========\t\tAuto reboot Control\t\t========\n0. Disable.\n"
+              "1. Enable.\n" +
+                  RULE + SELECT);
+}
+
+}  // namespace
