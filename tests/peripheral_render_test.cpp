@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "bkp/bkp_handlers.h"
+#include "ltc3351/ltc3351_handlers.h"
 #include "shapes/exchange_steps.h"
 
 namespace {
@@ -93,6 +94,52 @@ TEST(PeripheralRender, BatteryMenus) {
     EXPECT_EQ(bkp::renderAutoRebootMenu(),
               "========\t\tAuto reboot Control\t\t========\n0. Disable.\n"
               "1. Enable.\n" +
+                  RULE + SELECT);
+}
+
+const std::string SEP46 = std::string(46, '=') + "\n";
+
+// clang-format off
+const RenderCase LTC3351_CASES[] = {
+    {ltc3351::renderCapacitorCount, {4}, framed("fd(7) LTC3351 The number of capacitors = 4\n"), "KX61\n"},
+    {ltc3351::renderCapacitorCount, {4}, ""},
+    {ltc3351::renderSystemTemperature, {215}, framed("fd(7) Without Battery\n")},
+    {ltc3351::renderSystemTemperature, {0xE5}, framed("fd(7) LTC3351 System Temperature = -27 (-27 ~ 125)\n")},
+    {ltc3351::renderSystemTemperature, {125}, framed("fd(7) LTC3351 System Temperature = 125 (-27 ~ 125)\n")},
+    {ltc3351::renderStandbyVoltage, {0xF0, 0x00}, SEP + "fd(7) LTC3351 24VSB output Voltage = 240 (0~650)(unit:100mV)\n"},
+    {ltc3351::renderCapacitorVoltage, {0x8A, 0x02}, SEP + "fd(7) LTC3351 Capacitors output Voltage = 650 (0~650)(unit:100mV)\n"},
+    {ltc3351::renderConnections, {0x05}, framed("fd(7) Enable Master connection. \nfd(7) Disable Slave1 connection. \n"
+                                                 "fd(7) Enable Slave2 connection. \nfd(7) Disable Slave3 connection. \n"), "KX61\n"},
+    {ltc3351::renderConnections, {0x05}, ""},
+    {ltc3351::renderVoltType, {0}, SEP46 + "fd(7) LTC3351 Volt type = 2.9V (default) \n" + SEP46, "KX61\n"},
+    {ltc3351::renderVoltType, {4}, SEP46 + SEP46, "KX61\n"},
+    {ltc3351::renderVoltType, {0}, SEP46 + SEP46},
+    {ltc3351::renderChargeState, {3}, SEP46 + "fd(7) LTC3351 Capacitors status = DISCHG_NOW \n" + SEP46, "KX61\n"},
+    {ltc3351::renderChargeLevel, {0}, SEP46 + "fd(7) LTC3351 Volt percent = 0% (<6.1V) \n" + SEP46, "KX61\n"},
+    {ltc3351::renderChargeLevel, {4}, SEP46 + "fd(7) LTC3351 Volt percent = 80% (<11.54V & >= 10.5V) \n" + SEP46, "KX61\n"},
+    {ltc3351::renderHealth, {1}, SEP46 + "fd(7) LTC3351 Capacitors health = BAD \n" + SEP46, "KX61\n"},
+    {ltc3351::renderLed, {1}, SEP46 + "fd(7) LTC3351 Capacitors LED turn on \n" + SEP46, "KX61\n"},
+    {ltc3351::renderLed, {1}, SEP46 + SEP46, "KX62\n"},
+};
+// clang-format on
+
+TEST(PeripheralRender, SupercapacitorCharger) {
+    expectRenders(LTC3351_CASES, std::size(LTC3351_CASES));
+    const Bytes five = {'2', '4', '.', '0', '5'};
+    EXPECT_EQ(ltc3351::renderTextValue(0x01, five, "KX61\n", 7),
+              framed("fd(7) LTC3351 Input Voltage = 24.05\n"));
+    EXPECT_EQ(ltc3351::renderTextValue(0x0B, five, "KX61\n", 7),
+              framed("fd(7) LTC3351 CAP4 value = 24.05\n"));
+    EXPECT_EQ(ltc3351::renderTextValue(0x01, Bytes(five.begin(), five.end() - 1), "KX61\n", 7), "");
+    EXPECT_EQ(ltc3351::renderTextValue(0x01, Bytes{'1', '2', '.', '0', '0', '0'}, "KX61\n", 7), "");
+    EXPECT_EQ(ltc3351::renderTextValue(0x01, five, "KX07\n", 7), "");
+    EXPECT_EQ(ltc3351::renderVoltTypeMenu(),
+              "========\t\tLTC3351 Volt Type\t\t========\nSet Volt type:\n0. 2.9V (Default)\n"
+              "1. 2.7V \n2. 2.5V \n3. 2.4V \n" +
+                  RULE + SELECT);
+    EXPECT_EQ(ltc3351::renderLedMenu(),
+              "========\t\tLTC3351 CAP LED\t\t\t========\nSet CAP LED:\n0. Turn off\n"
+              "1. Turn on \n" +
                   RULE + SELECT);
 }
 
