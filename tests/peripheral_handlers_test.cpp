@@ -127,6 +127,15 @@ TEST(PeripheralHandlers, SupercapacitorCharger) {
         {"KX07", "ST_LTC3351_GET_12_01_CAP_STATUS", "", {{2, 2, 0x12, {}}}, "successfully.\n" + std::string(56, '=') + "\n" + std::string(46, '=') + "\n" + std::string(46, '=') + "\n"},
     });
 }
+
+TEST(PeripheralHandlers, DisplayUnit) {
+    runCases({
+        {"KX07", "ST_DSU_SET_0C_11_KEY_SIMULATION", "0\n8\n3\n", {{12, 3, 0x11, {3}}}, "Select Error !!! Please select a option again.\n\nSelect Error"},
+        {"KX07", "ST_DSU_SET_0C_02_VIDEO_INPUT_SOURCE", "4\n", {{12, 3, 0x02, {4}}}, "4. CVBS4\n"},
+        {"KX07", "ST_DSU_GET_0C_02_VIDEO_INPUT_SOURCE", "", {{12, 2, 0x02, {}}}, "fd(%FD) Video Input Source = 4\n"},
+        {"KX07", "ST_DSU_GET_0C_01_DEVICE_TYPE", "", {{12, 2, 0x01, {}}}, "fd(%FD) Device Type = 2\n"},
+    });
+}
 // clang-format on
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "bkp/bkp_handlers.h"
+#include "dsu/dsu_handlers.h"
 #include "ltc3351/ltc3351_handlers.h"
 #include "shapes/exchange_steps.h"
 
@@ -140,6 +141,30 @@ TEST(PeripheralRender, SupercapacitorCharger) {
     EXPECT_EQ(ltc3351::renderLedMenu(),
               "========\t\tLTC3351 CAP LED\t\t\t========\nSet CAP LED:\n0. Turn off\n"
               "1. Turn on \n" +
+                  RULE + SELECT);
+}
+
+TEST(PeripheralRender, DisplayUnit) {
+    // Raw bytes in decimal, no mapping onto the menu texts.
+    EXPECT_EQ(dsu::renderDeviceType(Bytes{200}, "KX07\n", 7), framed("fd(7) Device Type = 200\n"));
+    EXPECT_EQ(dsu::renderVideoInputSource(Bytes{4}, "KX07\n", 7),
+              framed("fd(7) Video Input Source = 4\n"));
+    EXPECT_EQ(dsu::renderAutoBacklightStatus(Bytes{1}, "KX07\n", 7),
+              framed("fd(7) Get Auto Backlight Status = 1\n"));
+    EXPECT_EQ(dsu::renderPanelMode(Bytes{}, "KX07\n", 7), framed("fd(7) Get Panel Mode = 0\n"));
+    const std::string video = "========              Video Input Source        ========\n";
+    EXPECT_EQ(dsu::renderMenuOf(FUNC_ST_DSU_SET_VIDEO_CONTROL_MODE),
+              video + "0. Auto Mode\n1. Menu Mode\n" + RULE + SELECT);
+    EXPECT_EQ(dsu::renderMenuOf(FUNC_ST_DSU_SET_PANEL_CONTROL),
+              video + "0. Panel Backlight Disable\n1. Panel Backlight Enable\n" + RULE + SELECT);
+    EXPECT_EQ(dsu::renderMenuOf(FUNC_ST_DSU_SET_KEY_SIMULATION),
+              "========                Key Simulation          ========\n1. Power\n2. Menu\n3. "
+              "Volume Up\n"
+              "4. Volume Down\n5. Backlight Up\n6. Backlight Down Key\n7. Auto Key\n" +
+                  RULE + SELECT);
+    EXPECT_EQ(dsu::renderMenuOf(FUNC_ST_DSU_SET_MUTE_CONTROL),
+              "========                Mute Control           ========\n0. Audio Mute Disable\n1. "
+              "Audio Mute Enable\n" +
                   RULE + SELECT);
 }
 
