@@ -18,6 +18,7 @@
 #include <optional>
 
 #include "bootloader.h"
+#include "defaults_peripheral.h"
 #include "line_pacer.h"
 #include "mcu_base.h"
 #include "sim_frame.h"

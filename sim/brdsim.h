@@ -128,15 +128,6 @@ Bytes encodeStCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, co
 // `product` may carry the trailing line end of a detected product name.
 bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, Bytes* out);
 
-// The same for the peripheral groups (devices 2, 5, 8, 9, 10, 11, 12, 13, 17).
-bool peripheralDefaultAnswer(const std::string& product, uint8_t device, uint8_t address,
-                             Bytes* out);
-// The answers of the peripheral registers that the request data pick (a port, board, slot
-// or index): true with *out when `r` is one of them. SETs of such registers are kept in
-// `remembered`, one per pick.
-bool peripheralAnswer(const std::string& product, std::map<Bytes, Bytes>& remembered,
-                      const Request& r, Bytes* out);
-
 // Writes DIR/<product>.conf naming `ptyPath` as the MCU device; returns the file path.
 // `canPtys` become enabled CAN_DEVICE lines, in order.
 std::string writeConfig(const std::string& dir, const std::string& product,

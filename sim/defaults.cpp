@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "brdsim.h"
+#include "defaults_peripheral.h"
 
 namespace brdsim {
 

@@ -2,6 +2,8 @@
 // and BIOS, IoT tracker, NVR, ODM board, display unit, supercapacitor charger, PoE
 // controllers and LAN switch; and the registers picked by a port, board, slot or index
 // in the request data, which remember their SETs one by one.
+#include "defaults_peripheral.h"
+
 #include <cstring>
 
 #include "brdsim.h"

@@ -136,6 +136,33 @@ TEST(PeripheralHandlers, DisplayUnit) {
         {"KX07", "ST_DSU_GET_0C_01_DEVICE_TYPE", "", {{12, 2, 0x01, {}}}, "fd(%FD) Device Type = 2\n"},
     });
 }
+
+TEST(PeripheralHandlers, OdmBoardAndShutdown) {
+    runCases({
+        // KX25 has one WWAN slot: nothing asked, slot 0 sent.
+        {"KX25", "ST_ODM_GET_04_01_WWAN_LED_STATUS", "", {{17, 2, 0x04, {0}}}, "Signal LED is Yellow.\n"},
+        {"KX25", "ST_ODM_SET_04_01_WWAN_LED_CONTROL", "1\n2\n", {{17, 3, 0x04, {0, 0x09}}}, "WWAN Service LED Control"},
+        {"KX25", "ST_ODM_GET_09_01_SIM_STATUS", "", {{17, 2, 0x09, {}}}, "SIM 2 has plugged out.\n" + SEP},
+        {"KX07", "ST_ODM_GET_04_01_WWAN_LED_STATUS", "1\n", {{17, 2, 0x04, {1}}}, "Select WWAN Slot: "},
+        {"KX07", "ST_ODM_SET_05_01_WWAN_LED_FLASH_TIME", "1\n11\n3\n0\n", {{17, 3, 0x05, {1, 3, 0}}}, "WWAN Service LED Flash Time"},
+        {"KX07", "ST_ODM_GET_05_01_WWAN_LED_FLASH_TIME", "1\n", {{17, 2, 0x05, {1}}}, "Service LED Always Light\n"},
+        // Slots remember their own setting.
+        {"KX07", "ST_ODM_SET_02_01_WIFI_LED_CONTROL", "1\n1\n", {{17, 3, 0x02, {1, 1}}}, "WIFI LED Control"},
+        {"KX07", "ST_ODM_GET_02_01_WIFI_LED_STATUS", "1\n", {{17, 2, 0x02, {1}}}, "fd(%FD) LED On.\n"},
+        {"KX07", "ST_ODM_SET_02_01_WIFI_LED_CONTROL", "0\n0\n", {{17, 3, 0x02, {0, 0}}}, ""},
+        {"KX07", "ST_ODM_GET_02_01_WIFI_LED_STATUS", "1\n", {{17, 2, 0x02, {1}}}, "fd(%FD) LED On.\n"},
+        {"KX07", "ST_ODM_GET_02_01_WIFI_LED_STATUS", "0\n", {{17, 2, 0x02, {0}}}, "fd(%FD) LED Off.\n"},
+        {"KX07", "ST_ODM_SET_0A_01_DELAY_ON_TIME", "64801\n64800\n", {{17, 3, 0x0A, {0x20, 0xFD}}}, "Set Delay On Time, EX: 300 (0~64800 Sec) :"},
+        {"KX07", "ST_ODM_GET_0A_01_DELAY_ON_TIME", "", {{17, 2, 0x0A, {}}}, "Delay On Time = 64800 (0~64800)(unit:Sec)\n"},
+        {"KX07", "ST_ODM_SET_10_01_WWAN_ENABLE_STATUS", "0\n", {{17, 3, 0x10, {0, 0}}}, ""},
+        {"KX07", "ST_ODM_GET_10_01_WWAN_ENABLE_STATUS", "", {{17, 2, 0x10, {0}}}, "fd(%FD) WWAN Disable\n"},
+        {"KX07", "ST_ODM_SET_01_01_FACTORY_DEFAULT_FLAG", "", {{17, 3, 0x01, {}}}, "executed successfully"},
+        {"KX07", "ST_NVR_SET_01_01_SHUTDOWN_FLAG", "1\n", {{9, 3, 0x01, {1}}}, "1. OS start shutdown process.\n"},
+        {"KX07", "ST_NVR_GET_01_01_SHUTDOWN_STATUS", "", {{9, 2, 0x01, {}}}, "fd(%FD) OS has been shutdown.\n"},
+        // End of input at the second prompt: nothing sent.
+        {"KX07", "ST_ODM_SET_03_01_WIFI_LED_FLASH_TIME", "0\n", {}, "WIFI LED Flash Time", 0},
+    });
+}
 // clang-format on
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "bkp/bkp_handlers.h"
 #include "dsu/dsu_handlers.h"
 #include "ltc3351/ltc3351_handlers.h"
+#include "odm/odm_handlers.h"
 #include "shapes/exchange_steps.h"
 
 namespace {
@@ -166,6 +167,49 @@ TEST(PeripheralRender, DisplayUnit) {
               "========                Mute Control           ========\n0. Audio Mute Disable\n1. "
               "Audio Mute Enable\n" +
                   RULE + SELECT);
+}
+
+// clang-format off
+const RenderCase ODM_CASES[] = {
+    {odm::renderWwanLed, {0xF6}, framed("fd(7) Signal LED is Yellow.\nfd(7) Service LED is Green.\nfd(7) Command Failure !!!\n")},
+    {odm::renderWwanLed, {0x0F}, framed("fd(7) Reserve.\nfd(7) Reserve.\nfd(7) Command OK.\n")},
+    {odm::renderWwanLed, {0x50}, framed("fd(7) Signal LED is Off.\nfd(7) Service LED is Off.\n")},
+    {odm::renderFlashTime, {11}, framed("fd(7) Unknown.\n")},
+    {odm::renderFlashTime, {0}, framed("fd(7) Always Light\n")},
+    {odm::renderFlashTime, {10}, framed("fd(7) Flash Time = 1000 (unit:ms)\n")},
+    {odm::renderFlashTime, {255}, framed("fd(7) Command error !!!\n")},
+    // The service line takes its time from the signal LED's byte.
+    {odm::renderWwanFlashTime, {3, 7}, framed("fd(7) Signal LED Flash Time = 300 (unit:ms)\nfd(7) Service LED Flash Time = 300 (unit:ms)\n")},
+    {odm::renderWwanFlashTime, {255, 0}, framed("fd(7) Signal LED Command error !!!\nfd(7) Service LED Always Light\n")},
+    {odm::renderWwanFlashTime, {0, 12}, framed("fd(7) Signal LED Always Light\nfd(7) Service LED Unknown.\n")},
+    {odm::renderSimStatus, {0x05}, framed("fd(7) SIM 1 has plugged in.\nfd(7) SIM 2 has plugged out.\nfd(7) SIM 3 has plugged in.\nfd(7) SIM 4 has plugged out.\n")},
+    {odm::renderSimStatus, {0x0E}, framed("fd(7) SIM 1 has plugged out.\nfd(7) SIM 2 has plugged in.\n"), "KX25\n"},
+    {odm::renderDelayOnTime, {0x20, 0xFD}, framed("fd(7) Delay On Time = 64800 (0~64800)(unit:Sec)\n")},
+    {odm::renderDelayOffTime, {0x3C}, framed("fd(7) Delay Off Time = 60 (0~64800)(unit:Sec)\n")},
+};
+// clang-format on
+
+TEST(PeripheralRender, OdmBoard) {
+    expectRenders(ODM_CASES, std::size(ODM_CASES));
+    struct StateCase {
+        int (*handler)(int, char*);
+        BYTE value;
+        std::string line;  // "" : none
+    };
+    const StateCase states[] = {
+        {FUNC_ST_ODM_GET_FACTORY_DEFAULT_STATUS, 255, "fd(7) Keep current setting.\n"},
+        {FUNC_ST_ODM_GET_FACTORY_DEFAULT_STATUS, 1, ""},
+        {FUNC_ST_ODM_GET_WIFI_LED_STATUS, 255, "fd(7) Out of slot range.\n"},
+        {FUNC_ST_ODM_GET_GPS_LED_STATUS, 255, "fd(7) Out of Slot Range.\n"},
+        {FUNC_ST_ODM_GET_WAKEUP_EVENT, 6, "fd(7) G-Sensor.\n"},
+        {FUNC_ST_ODM_GET_WAKEUP_EVENT, 7, ""},
+        {FUNC_ST_ODM_GET_POWER_LED_STATUS, 1, "fd(7) LED On. (Green)(Default)\n"},
+        {FUNC_ST_ODM_GET_VINM_FAULT_STATUS, 0, "fd(7) Take Place VINM FAULT.\n"},
+        {FUNC_ST_NVR_GET_SHUTDOWN_STATUS, 1, "fd(7) OS has been shutdown.\n"},
+        {FUNC_ST_ODM_GET_WWAN_RESET_STATUS, 1, "fd(7) WWAN Reset On\n"},
+    };
+    for (const StateCase& c : states)
+        EXPECT_EQ(odm::renderStateOf(c.handler, Bytes{c.value}, 7), framed(c.line)) << c.line;
 }
 
 }  // namespace

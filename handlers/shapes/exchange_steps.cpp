@@ -141,8 +141,9 @@ int runGet(int cmdIndex, char* funName, std::initializer_list<BYTE> request, siz
     return a.verdict;
 }
 
-int runState(int cmdIndex, char* funName, std::span<const Named> states) {
-    Answer a = exchange(cmdIndex, {}, Report::Get, funName);
+int runState(int cmdIndex, char* funName, std::span<const Named> states,
+             std::span<const BYTE> request) {
+    Answer a = exchange(cmdIndex, request, Report::Get, funName);
     if (!a.ok()) return a.verdict;
     warnShort(funName, a, 1);
     print(framed(named(states, byteAt(a.bytes, 0), fd())));

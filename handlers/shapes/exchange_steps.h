@@ -96,8 +96,9 @@ using Render = std::string (*)(std::span<const BYTE> answer, std::string_view pr
 // bytes came and prints render's lines. Returns the verdict.
 int runGet(int cmdIndex, char* funName, std::initializer_list<BYTE> request, size_t need,
            Render render);
-// A GET whose answer byte 0 names a state, framed by 26-"=" separators.
-int runState(int cmdIndex, char* funName, std::span<const Named> states);
+// A GET (with `request`) whose answer byte 0 names a state, framed by 26-"=" separators.
+int runState(int cmdIndex, char* funName, std::span<const Named> states,
+             std::span<const BYTE> request = {});
 // A SET of one menu: the answer (or map[answer]) is the one request byte, checked in
 // Ack mode. Returns the verdict, or 0 when the input ended.
 int runChoice(int cmdIndex, char* funName, const Menu& menu, std::span<const BYTE> map = {});
