@@ -163,6 +163,125 @@ TEST(PeripheralHandlers, OdmBoardAndShutdown) {
         {"KX07", "ST_ODM_SET_03_01_WIFI_LED_FLASH_TIME", "0\n", {}, "WIFI LED Flash Time", 0},
     });
 }
+
+TEST(PeripheralHandlers, PoeOneExchange) {
+    runCases({
+        {"KX07", "ST_POE_GET_04_01_PSE_FW_VERSION", "", {{11, 2, 0x04, {}}}, "***\tPSE_FW_VERSION\t***\n"},
+        {"KX73", "ST_POE_GET_04_01_PSE_FW_VERSION", "", {{11, 2, 0x04, {0}}}, "PSE Main Board FW Version = 22\n"},
+        {"KX73", "ST_POE_GET_10_01_ALL_PORT_LINK_STATUS", "", {{11, 2, 0x10, {0}}}, "\t\tPort4 Short, Over-Current."},
+        // A model without PoE: the link status still goes out, the others stay silent.
+        {"KX99", "ST_POE_GET_10_01_ALL_PORT_LINK_STATUS", "", {{11, 2, 0x10, {}}}, ""},
+        {"KX99", "ST_POE_GET_08_02_POE_STATUS", "", {}, ""},
+        {"KX99", "ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION", "", {}, ""},
+        {"KX40", "ST_POE_SET_08_01_PORT_POWER_CONTROL", "1\n1\n", {}, ""},
+        {"KX07", "ST_POE_SET_2F_01_POE_POWER_BUDGET", "60\n", {}, "========  KX07\n does not support this function  ========\n"},
+        {"KX05", "ST_POE_SET_2F_01_POE_POWER_BUDGET", "256\n45\n", {{11, 3, 0x2F, {45}}}, "Set POE POWER BUDGET (0-255)(Unit: W):"},
+        {"KX05", "ST_POE_GET_2F_01_POE_POWER_BUDGET", "", {{11, 2, 0x2F, {}}}, "fd(%FD) Poe Power Budget = 45 (0~255)(unit: W)\n"},
+        // Port control, then the status bits show it.
+        {"KX07", "ST_POE_SET_08_01_PORT_POWER_CONTROL", "3\n2\n1\n", {{11, 3, 0x08, {2, 1}}}, "=====          Port 2 control          =====\n"},
+        {"KX07", "ST_POE_GET_08_02_POE_STATUS", "", {{11, 2, 0x08, {}}}, "Lan Port 2 Status : Power On \n"},
+        {"KX73", "ST_POE_SET_08_01_PORT_POWER_CONTROL", "4\n0\n", {{11, 3, 0x08, {0, 4, 0}}}, "Control Board\nSelect which port to control(1~4):"},
+        {"KX73", "ST_POE_GET_08_02_POE_STATUS", "", {{11, 2, 0x08, {0}}}, "\tPort1 Power on\t\n\tPort2 Power off\t\n\tPort3 Power off\t\n\tPort4 Power off\n"},
+        {"KX73", "ST_POE_SET_07_01_808_PORT_POWER_CONTROL", "1\n8\n0\n", {{13, 3, 0x07, {1, 8, 0}}}, "Select which option you wnat to do:"},
+        {"KX07", "ST_POE_SET_07_01_808_PORT_POWER_CONTROL", "1\n8\n0\n", {}, "", 0},
+        {"KX39", "ST_LANSWCH_GET_03_01_PORT_LINK_SPEED", "", {{13, 2, 0x03, {}}}, "Lan Port 4 Speed : 1000 Mbps \n"},
+        {"KX39", "ST_LANSWCH_GET_01_01_CHIP_ID", "", {{13, 2, 0x01, {}}}, "\tfd(%FD) MSB Chip ID = 97\n"},
+        {"KX57", "ST_IP8008_SET_07_01_PORT_POWER_CONTROL", "2\n1\n", {{13, 3, 0x07, {1, 2, 1}}}, "executed successfully"},
+        {"KX57", "ST_IP8008_GET_07_01_PORT_STATUS", "", {{13, 2, 0x07, {0}}}, "fd(%FD) Lan Port 3 POE power off.\n"},
+        {"KX59", "ST_IP8008_SET_07_01_PORT_POWER_CONTROL", "5\n0\n", {{13, 3, 0x07, {0, 5, 0}}}, ""},
+        {"KX59", "ST_IP8008_GET_02_01_FW_VERSION", "", {{13, 2, 0x02, {0}}}, "fd(%FD) IP8008 FW Version = 49\n"},
+        // On other models no port is ever accepted: asked again until the input ends.
+        {"KX07", "ST_IP8008_SET_07_01_PORT_POWER_CONTROL", "1\n0\n", {}, "Select which port to control(1~0):\nSelect Error", 0},
+    });
+}
+
+// One request per port or board, in order, with the pause after each.
+struct LoopCase {
+    const char* product;
+    const char* name;
+    std::vector<Sent> sent;
+    int pauseMs;  // after every request
+    const char* shown;
+};
+
+Sent s2(uint8_t dev, uint8_t addr, Bytes data) {
+    return {dev, 2, addr, std::move(data)};
+}
+
+std::vector<Sent> perBoardPort(uint8_t addr, int first) {
+    std::vector<Sent> v;
+    for (int b = 0; b < 2; ++b)
+        for (int p = 0; p < 8; ++p) v.push_back(s2(13, addr, {uint8_t(b), uint8_t(p + first)}));
+    return v;
+}
+
+TEST(PeripheralHandlers, PoePerPortLoops) {
+    const LoopCase cases[] = {
+        {"KX07", "ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION", {s2(11, 0x0C, {1}), s2(11, 0x0C, {2})}, 100,
+         "Port 2 Power Consumption = 5 W\n"},
+        {"KX19", "ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION",
+         {s2(11, 0x0C, {1}), s2(11, 0x0C, {2}), s2(11, 0x0C, {3}), s2(11, 0x0C, {4}), s2(11, 0x0C, {5}), s2(11, 0x0C, {6})}, 100,
+         "Port 6 Power Consumption = 12.5 W\n"},
+        {"KX73", "ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION",
+         {s2(11, 0x0C, {0, 1}), s2(11, 0x0C, {0, 2}), s2(11, 0x0C, {0, 3}), s2(11, 0x0C, {0, 4})}, 10,
+         "Main Board Port4 Power Consumption = 12 W\n\t===================================="},
+        {"KX19", "ST_POE_GET_05_01_PSE_TEMPERATURE",
+         {s2(11, 0x05, {0}), s2(11, 0x05, {1}), s2(11, 0x05, {2}), s2(11, 0x05, {3}), s2(11, 0x05, {4}), s2(11, 0x05, {5})}, 0,
+         "PSE 6 Temperature = 45.5\n"},
+        {"KX19", "ST_POE_GET_10_01_ALL_PORT_LINK_STATUS",
+         {s2(11, 0x10, {0}), s2(11, 0x10, {1}), s2(11, 0x10, {2}), s2(11, 0x10, {3}), s2(11, 0x10, {4}), s2(11, 0x10, {5})}, 0,
+         "Port 3 Status : ========================================================\n"},
+        {"KX73", "ST_POE_GET_02_01_808_PSE_FW_VERSION", {s2(13, 0x02, {0}), s2(13, 0x02, {1})}, 10,
+         "PSE Rear  Board FW Version = 22\n"},
+        {"KX73", "ST_POE_GET_07_01_808_PORT_STATUS", {s2(13, 0x07, {0}), s2(13, 0x07, {1})}, 10, "Rear Board PSE Lan "},
+        {"KX73", "ST_POE_GET_03_01_808_PSE_TEMPERATURE", perBoardPort(0x03, 0), 10, "PSE Rear Board Port8 Temperature = -5.0\n"},
+        {"KX73", "ST_POE_GET_0C_01_808_PORT_POWER_CONSUMPTION", perBoardPort(0x0C, 1), 10, "Rear Board Port8 Power Consumption = 16 W\n"},
+        {"KX73", "ST_POE_GET_10_01_808_ALL_PORT_LINK_STATUS", perBoardPort(0x10, 0), 10,
+         "Front board Port8 Port State:IDLE ,Start Power Up ,Step State Machine ,Power Up Suspended."},
+        {"KX57", "ST_IP8008_GET_0C_01_PORT_POWER_CONSUMPTION",
+         {s2(13, 0x0C, {0, 1}), s2(13, 0x0C, {0, 2}), s2(13, 0x0C, {0, 3}), s2(13, 0x0C, {0, 4})}, 200,
+         "fd(%FD) Port 4 Fract Power Consumption = 40. (Unit: W)\n"},
+        {"KX59", "ST_IP8008_GET_10_01_ALL_PORT_LINK_STATUS",
+         {s2(13, 0x10, {0, 0}), s2(13, 0x10, {0, 1}), s2(13, 0x10, {0, 2}), s2(13, 0x10, {0, 3}), s2(13, 0x10, {0, 4})}, 200,
+         "Port5 Port State:CASC SUSPEND.\n"},
+        // Other models: nothing sent.
+        {"KX07", "ST_POE_GET_03_01_808_PSE_TEMPERATURE", {}, 0, ""},
+        {"KX07", "ST_IP8008_GET_10_01_ALL_PORT_LINK_STATUS", {}, 0, ""},
+    };
+    for (const LoopCase& c : cases) {
+        BoardFixture board(c.product);
+        std::string what = std::string(c.product) + " " + c.name;
+        Outcome o = call(board, c.name, "");
+        expectSent(o, c.sent, what);
+        EXPECT_GE(o.ms, 0.9 * c.pauseMs * static_cast<double>(c.sent.size())) << what;
+        std::string shown = c.shown;
+        if (size_t at = shown.find("%FD"); at != std::string::npos) shown.replace(at, 3, std::to_string(board.fd()));
+        EXPECT_NE(o.out.find(shown), std::string::npos) << what << "\n" << o.out;
+    }
+}
+
+// A request that gets no answer is reported and the loop goes on; the result is the
+// last request's.
+TEST(PeripheralHandlers, PoeLoopGoesOnAfterAFailure) {
+    BoardFixture board("KX57");
+    board.sim.queueFault({brdsim::FaultKind::NoAnswer});
+    board.sim.queueFault({brdsim::FaultKind::NoAnswer});
+    Outcome o = call(board, "ST_IP8008_GET_0C_01_PORT_POWER_CONSUMPTION", "");
+    EXPECT_EQ(o.sent.size(), 4u);
+    EXPECT_EQ(o.result, 1);
+    EXPECT_NE(o.out.find("Request Timeout"), std::string::npos);
+    EXPECT_EQ(o.out.find("Port 1 Integer"), std::string::npos);
+    EXPECT_NE(o.out.find("Port 3 Integer Power Consumption = 6. (Unit: W)"), std::string::npos);
+
+
+    // The last port unanswered: the handler ends with its failure.
+    board.sim.queueFault({brdsim::FaultKind::LateAnswer, 0, 3});
+    board.sim.queueFault({brdsim::FaultKind::NoAnswer});
+    o = call(board, "ST_IP8008_GET_0C_01_PORT_POWER_CONSUMPTION", "");
+    EXPECT_EQ(o.sent.size(), 4u);
+    EXPECT_EQ(o.result, MCU_RESULT_TIMEOUT);
+    EXPECT_NE(o.out.find("Port 3 Integer"), std::string::npos);
+}
 // clang-format on
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "dsu/dsu_handlers.h"
 #include "ltc3351/ltc3351_handlers.h"
 #include "odm/odm_handlers.h"
+#include "poe/poe_handlers.h"
 #include "shapes/exchange_steps.h"
 
 namespace {
@@ -210,6 +211,107 @@ TEST(PeripheralRender, OdmBoard) {
     };
     for (const StateCase& c : states)
         EXPECT_EQ(odm::renderStateOf(c.handler, Bytes{c.value}, 7), framed(c.line)) << c.line;
+}
+
+const std::string SEPT = "\t====================================\n";
+const std::string SEPT46 = "\t==============================================\n";
+const std::string NUL(1, '\0');
+
+// clang-format off
+const RenderCase POE_CASES[] = {
+    {poe::renderFwVersion, {0x15, 0x16}, SEPT + "\tfd(7) PSE 1 FW Version = 21\n\tfd(7) PSE 2 FW Version = 22\n" + SEPT},
+    {poe::renderFwVersion, {0x16}, SEPT + "\tfd(7) PSE Main Board FW Version = 22\n" + SEPT, "KX73\n"},
+    // Signed bytes print their magnitude; KX73 shows the sign, or a NUL byte.
+    {poe::renderTemperature, {45, 0xD3}, SEPT + "\tfd(7) PSE 1 Temperature = 45\n\tfd(7) PSE 2 Temperature = 45\n" + SEPT},
+    {poe::renderTemperature, {0xF6}, SEPT + "\tfd(7) PSE Main Board Temperature = -10\n" + SEPT, "KX73\n"},
+    {poe::renderTemperature, {0x0A}, SEPT + "\tfd(7) PSE Main Board Temperature = " + NUL + "10\n" + SEPT, "KX73\n"},
+    {poe::renderTotalConsumption, {18}, SEPT + "\tfd(7) Main Board Total Consumption = 18(W)\n" + SEPT, "KX73\n"},
+    {poe::renderTotalConsumption, {12}, SEPT + "\tfd(7) Total Consumption = 12 W\n" + SEPT},
+    {poe::renderPoeStatus, {0x01}, SEPT + "\tfd(7) Lan Port 1 Status : Power On \n\tfd(7) Lan Port 2 Status : Power Off \n" + SEPT},
+    {poe::renderPoeStatus, {0x45},
+     SEPT + "\tfd(7) Lan Port 1 Status : Power On \n\tfd(7) Lan Port 2 Status : Power Off \n"
+            "\tfd(7) Lan Port 3 Status : Power On \n\tfd(7) Lan Port 4 Status : Power Off \n"
+            "\tfd(7) PoE Port Amount : 4 ports \n\tfd(7) PoE Pok Status : Power not OK \n" + SEPT, "KX08\n"},
+    {poe::renderPoeStatus, {0x09},
+     SEPT + "\tfd(7) Main Board PSE Lan \t\n\tPort1 Power on\t\n\tPort2 Power off\t\n\tPort3 Power off\t\n\tPort4 Power on\n"
+            "\t====================================", "KX73\n"},
+    {poe::renderAllPortLink, {0x44, 0x71},
+     SEPT46 + "\tfd(7) Port 1 Status : Good , Class 4\n\tfd(7) Port 2 Status : Short , Over Current\n" + SEPT46},
+    {poe::renderAllPortLink, {0x44, 0x06, 0x34, 0x71},
+     SEPT46 + "\tfd(7) Main board \n\t\tPort1 Good, Class 4\n\t\tPort2 Open Circuit, Unknow\n\t\tPort3 Good, Class 3"
+              "\n\t\tPort4 Short, Over-Current.\n\t==============================================", "KX73\n"},
+    {poe::renderAllPortLink, {0x44}, "", "KX99\n"},
+    {poe::renderPowerBudgetStatus, {60}, framed("fd(7) PoePowerBudget = 60\nfd(7) Poe Power Budget = 60 (0~255)(unit: W)\n"), "KX05\n"},
+    {poe::renderPowerBudgetStatus, {60}, framed("fd(7) PoePowerBudget = 60\n"), "KX19\n"},
+    {poe::renderIp8008PortStatus, {0x15},
+     framed("fd(7) Lan Port 1 POE power on.\nfd(7) Lan Port 2 POE power off.\nfd(7) Lan Port 3 POE power on.\n"
+            "fd(7) Lan Port 4 POE power off.\nfd(7) Lan Port 5 POE power on.\n"), "KX59\n"},
+    {poe::renderIp8008PortStatus, {0x0F}, framed(""), "KX07\n"},
+    {poe::renderLinkStatus, {0x0B},
+     SEPT + "\tfd(7) Lan Port 1 Status : Connected \n\tfd(7) Lan Port 2 Status : Connected \n"
+            "\tfd(7) Lan Port 3 Status : Not Connected \n\tfd(7) Lan Port 4 Status : Connected \n" + SEPT, "KX39\n"},
+    {poe::renderLinkStatus, {0x0B}, ""},
+    {poe::renderLinkSpeed, {0xE4},
+     SEPT + "\tfd(7) Lan Port 1 Speed : Not connected \n\tfd(7) Lan Port 2 Speed : 10 Mbps \n"
+            "\tfd(7) Lan Port 3 Speed : 100 Mbps \n\tfd(7) Lan Port 4 Speed : 1000 Mbps \n" + SEPT, "KX39\n"},
+    {poe::renderLinkSpeed, {0xE4}, SEPT + SEPT},
+};
+// clang-format on
+
+TEST(PeripheralRender, PoeControllersAndSwitch) {
+    expectRenders(POE_CASES, std::size(POE_CASES));
+    const Bytes seventeen = {17};
+    EXPECT_EQ(poe::kx19State(16), "POWER_ON\n");
+    EXPECT_EQ(poe::kx19State(17), "");
+    EXPECT_EQ(poe::kx19State(21), "");
+    EXPECT_EQ(poe::kx19State(6), "SINATURE_INVALID\n");
+    EXPECT_EQ(poe::renderKx19Temperature(2, Bytes{0xD3, 0xFB}, 7),
+              SEPT + "\tfd(7) PSE 3 Temperature = 45.5\n" + SEPT);
+    EXPECT_EQ(poe::renderPortConsumption(3, Bytes{6, 5}, "KX19\n", 7),
+              SEPT + "\tfd(7) Port 3 Power Consumption = 6.5 W\n" + SEPT);
+    EXPECT_EQ(poe::renderPortConsumption(3, Bytes{7}, "KX07\n", 7),
+              SEPT + "\tfd(7) Port 3 Power Consumption = 7 W\n" + SEPT);
+    EXPECT_EQ(poe::renderPortConsumption(4, Bytes{12}, "KX73\n", 7),
+              "\tfd(7) Main Board Port4 Power Consumption = 12 W\n");
+    // IP808 port byte 0xE3: state 3 and all three flags.
+    EXPECT_EQ(poe::render808Link(0, 0, Bytes{0xE3}, 7),
+              "\tfd(7) Front board Port1 Port State:IDLE ,Start Power Up ,Step State Machine "
+              ",Power Up Suspended.");
+    EXPECT_EQ(poe::render808Link(1, 7, Bytes{0x1F}, 7),
+              "\tfd(7) Rear board Port8 Port State:Error Response.");
+    EXPECT_EQ(poe::render808Temperature(1, 8, Bytes{0xFB, 0x03}, 7),
+              "\tfd(7) PSE Rear Board Port8 Temperature = -5.253\n");
+    EXPECT_EQ(poe::render808Temperature(0, 1, Bytes{41, 5}, 7),
+              "\tfd(7) PSE Front Board Port1 Temperature = " + NUL + "41.5\n");
+    EXPECT_EQ(
+        poe::render808PortStatus(0, Bytes{0x81}, 7),
+        SEPT +
+            "\tfd(7) Front Board PSE Lan \t\n\tPort1 Power on\t\n\tPort2 Power off\t\n\tPort3 "
+            "Power off"
+            "\t\n\tPort4 Power off\t\n\tPort5 Power off\t\n\tPort6 Power off\t\n\tPort7 Power off"
+            "\t\n\tPort8 Power on\n\t====================================");
+    EXPECT_EQ(poe::renderIp8008Link(4, Bytes{36}), "Port5 Port State:CASC SUSPEND.\n");
+    EXPECT_EQ(poe::renderIp8008Link(0, Bytes{37}), "Port1 Port State:Error Response.\n");
+    EXPECT_EQ(poe::renderIp8008Link(0, seventeen), "Port1 Port State:CLASS_EV2.\n");
+    EXPECT_EQ(poe::renderNotSupported("KX07\n"),
+              "========  KX07\n does not support this function  ========\n" + RULE);
+}
+
+TEST(PeripheralRender, PoePortCounts) {
+    struct Count {
+        const char* product;
+        int ports, control, ip8008;
+    };
+    const Count counts[] = {
+        {"KX40\n", 8, 0, 0}, {"KX41\n", 4, 0, 0}, {"KX19\n", 6, 6, 0}, {"KX58\n", 4, 4, 0},
+        {"KX20\n", 2, 2, 0}, {"KX26\n", 0, 2, 0}, {"KX73\n", 4, 4, 0}, {"KX57\n", 0, 0, 4},
+        {"KX59\n", 0, 0, 5}, {"KX99\n", 0, 0, 0},
+    };
+    for (const Count& c : counts) {
+        EXPECT_EQ(poe::PoePortCount(c.product), c.ports) << c.product;
+        EXPECT_EQ(poe::controlPortCount(c.product), c.control) << c.product;
+        EXPECT_EQ(poe::ip8008PortCount(c.product), c.ip8008) << c.product;
+    }
 }
 
 }  // namespace

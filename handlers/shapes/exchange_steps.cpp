@@ -132,8 +132,7 @@ bool ask(const Menu& menu, int* value) {
     return choose(value, menu.min, menu.max);
 }
 
-int runGet(int cmdIndex, char* funName, std::initializer_list<BYTE> request, size_t need,
-           Render render) {
+int runGet(int cmdIndex, char* funName, std::span<const BYTE> request, size_t need, Render render) {
     Answer a = exchange(cmdIndex, request, Report::Get, funName);
     if (!a.ok()) return a.verdict;
     warnShort(funName, a, need);
@@ -156,6 +155,20 @@ int runChoice(int cmdIndex, char* funName, const Menu& menu, std::span<const BYT
     BYTE b = static_cast<BYTE>(choice);
     if (choice >= 0 && static_cast<size_t>(choice) < map.size()) b = map[choice];
     return exchange(cmdIndex, {b}, Report::Ack, funName).verdict;
+}
+
+int runLoop(int cmdIndex, char* funName, int count,
+            const std::function<std::vector<BYTE>(int)>& request, int pause,
+            const std::function<void(int, const Answer&)>& onAnswer, Report mode) {
+    int verdict = 0;
+    for (int i = 0; i < count; ++i) {
+        std::vector<BYTE> bytes = request(i);
+        Answer a = exchange(cmdIndex, bytes, mode, funName);
+        verdict = a.verdict;
+        if (a.ok()) onAnswer(i, a);
+        if (pause > 0) pauseMs(pause);
+    }
+    return verdict;
 }
 
 }  // namespace shapes

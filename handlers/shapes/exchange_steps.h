@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <initializer_list>
 #include <span>
 #include <string>
@@ -94,13 +95,25 @@ using Render = std::string (*)(std::span<const BYTE> answer, std::string_view pr
 
 // A GET: sends `request`, checks in Get mode; on success warns when fewer than `need`
 // bytes came and prints render's lines. Returns the verdict.
-int runGet(int cmdIndex, char* funName, std::initializer_list<BYTE> request, size_t need,
-           Render render);
+int runGet(int cmdIndex, char* funName, std::span<const BYTE> request, size_t need, Render render);
+inline int runGet(int cmdIndex, char* funName, std::initializer_list<BYTE> request, size_t need,
+                  Render render) {
+    return runGet(cmdIndex, funName, std::span<const BYTE>(request.begin(), request.size()), need,
+                  render);
+}
 // A GET (with `request`) whose answer byte 0 names a state, framed by 26-"=" separators.
 int runState(int cmdIndex, char* funName, std::span<const Named> states,
              std::span<const BYTE> request = {});
 // A SET of one menu: the answer (or map[answer]) is the one request byte, checked in
 // Ack mode. Returns the verdict, or 0 when the input ended.
 int runChoice(int cmdIndex, char* funName, const Menu& menu, std::span<const BYTE> map = {});
+
+// A loop of exchanges, one per port or board: for i = 0..count-1 sends request(i),
+// reports it in `mode`, hands each successful answer to onAnswer(i, answer), and pauses
+// `pause` ms after every request, answered or not. A failed request does not stop the
+// loop. Returns the verdict of the last request (0 when count is 0).
+int runLoop(int cmdIndex, char* funName, int count,
+            const std::function<std::vector<BYTE>(int)>& request, int pause,
+            const std::function<void(int, const Answer&)>& onAnswer, Report mode = Report::Get);
 
 }  // namespace shapes
