@@ -69,7 +69,7 @@ void expectSent(const Outcome& o, const std::vector<Sent>& want, const std::stri
 struct Case {
     const char* product;
     const char* name;
-    const char* input;
+    std::string input;
     std::vector<Sent> sent;
     std::string shown;  // a text the output holds ("": no check); %FD is the descriptor
     int result = 1;
@@ -162,6 +162,67 @@ TEST(PeripheralHandlers, OdmBoardAndShutdown) {
         // End of input at the second prompt: nothing sent.
         {"KX07", "ST_ODM_SET_03_01_WIFI_LED_FLASH_TIME", "0\n", {}, "WIFI LED Flash Time", 0},
     });
+}
+
+Bytes counted(const std::string& text) {
+    Bytes b = {static_cast<uint8_t>(text.size())};
+    for (char c : text) b.push_back(static_cast<uint8_t>(c));
+    return b;
+}
+
+TEST(PeripheralHandlers, IotTracker) {
+    const std::string apn70(70, 'a');
+    const std::string sms130 = "x" + std::string(129, 'y');
+    const std::string emoji = "net\xF0\x9F\x98\x80";  // 0xF0 inside the text
+    runCases({
+        {"KX07", "ST_IOT_SET_04_01_3G_SERVER_PORT", "65536\n5050\n", {{8, 3, 0x04, {0xBA, 0x13}}}, "Select Error"},
+        {"KX07", "ST_IOT_GET_04_01_3G_SERVER_PORT", "", {{8, 2, 0x04, {}}}, "Server Port = 5050 (0~65535)\n"},
+        {"KX07", "ST_IOT_SET_0B_01_TRACKER_DELAY_TIME", "3\n", {{8, 3, 0x0B, {0xF0, 0x00}}}, "3. 5 minutes.\n"},
+        {"KX07", "ST_IOT_GET_0B_01_TRACKER_DELAY_TIME", "", {{8, 2, 0x0B, {}}}, "Tracker Delay Time = 4 (unit:Minute)\n"},
+        {"KX07", "ST_IOT_SET_0D_01_TRACKER_THRESHTAP", "2\n", {{8, 3, 0x0D, {192}}}, ""},
+        {"KX07", "ST_IOT_GET_0D_01_TRACKER_THRESHTAP", "", {{8, 2, 0x0D, {}}}, "Tracker Threshtap = 12g\n"},
+        {"KX07", "ST_IOT_SET_0C_01_TRACKER_RESPONSE_TIME", "5\n", {{8, 3, 0x0C, {0xC0, 0xA8}}}, ""},
+        {"KX07", "ST_IOT_SET_08_01_PHONE_NUMBER", "4\n+12\n", {{8, 3, 0x08, {0x04, 0x01, 0x2B, 0x31, 0x32, 0x00, 0x2C}}},
+         "Input Phone Number, EX: +886988123456 : "},
+        {"KX07", "ST_IOT_GET_08_01_PHONE_NUMBER", "4\n", {{8, 2, 0x08, {4, 1}}}, "fd(%FD) Phone Number = +12 \n"},
+        {"KX07", "ST_IOT_GET_08_01_PHONE_NUMBER", "3\n", {{8, 2, 0x08, {3, 1}}}, "fd(%FD) Phone Number = +886988123456 \n"},
+        {"KX07", "ST_IOT_SET_08_01_PHONE_NUMBER", "1\n+123456789012345678901234\n",
+         {{8, 3, 0x08, {1, 1, '+', '1', '2', '3', '4', '5', '6', '7', '8', '9', '0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 0, ','}}}, ""},
+        // Blank lines and leading blanks are skipped; the first word is cut to the width.
+        {"KX07", "ST_IOT_SET_01_01_3G_APN", "\n   internet.apn extra words\n", {{8, 3, 0x01, counted("internet.apn")}},
+         "Input APN, EX: internet (maximum 64 character) : " + std::string(56, '=') + "\n"},
+        {"KX07", "ST_IOT_SET_01_01_3G_APN", apn70 + "\n", {{8, 3, 0x01, counted(std::string(64, 'a'))}}, ""},
+        {"KX07", "ST_IOT_SET_01_01_3G_APN", emoji + "\n", {{8, 3, 0x01, counted(emoji)}}, ""},
+        {"KX07", "ST_IOT_GET_01_01_3G_APN", "", {{8, 2, 0x01, {}}}, "fd(%FD) APN = " + emoji + " \n"},
+        {"KX07", "ST_IOT_SET_01_01_3G_APN", "\n  \n", {}, "Input Error !!! Please input again.\n", 0},
+        {"KX07", "ST_IOT_SET_02_01_3G_DNS", "1\n1.1.1.1\n", {{8, 3, 0x02, {1, 7, '1', '.', '1', '.', '1', '.', '1'}}}, "DNS Index"},
+        {"KX07", "ST_IOT_GET_02_01_3G_DNS", "1\n", {{8, 2, 0x02, {1}}}, "fd(%FD) DNS = 1.1.1.1 \n"},
+        {"KX07", "ST_IOT_GET_02_01_3G_DNS", "0\n", {{8, 2, 0x02, {0}}}, "fd(%FD) DNS = 8.8.8.8 \n"},
+        {"KX07", "ST_IOT_SET_06_01_MACHINE_NAME", "Machine-Name-Too-Long\n", {{8, 3, 0x06, counted("Machine-Name-Too")}}, ""},
+        {"KX07", "ST_IOT_GET_05_01_IMEI", "", {{8, 2, 0x05, {}}}, "fd(%FD) IMEI = 356938035643809 \n" + SEP},
+        // The SMS text keeps its inner blanks, is cut at 128, and carries one byte more.
+        {"KX07", "ST_IOT_SET_11_01_SMS_CONTENT", "\n   Hello there, world  \n", {{8, 3, 0x11, [] { Bytes b = counted("Hello there, world  "); b.push_back(0); return b; }()}}, ""},
+        {"KX07", "ST_IOT_GET_11_01_SMS_CONTENT", "", {{8, 2, 0x11, {}}}, "fd(%FD) SMS Message [ Hello there, world   ] \n"},
+        {"KX07", "ST_IOT_SET_11_01_SMS_CONTENT", sms130 + "\n", {{8, 3, 0x11, [&] { Bytes b = counted(sms130.substr(0, 128)); b.push_back(0); return b; }()}}, ""},
+    });
+}
+
+// A length byte above what the field holds is refused, not copied.
+TEST(PeripheralHandlers, IotLongTextRefused) {
+    BoardFixture board("KX07");
+    Bytes answer = {70};
+    answer.resize(71, 'x');
+    board.sim.setAnswer(8, 2, 0x03, answer);
+    Outcome o = call(board, "ST_IOT_GET_03_01_3G_SERVER_IP", "");
+    EXPECT_EQ(o.result, 1);
+    EXPECT_EQ(o.out.find("Server IP ="), std::string::npos);
+    EXPECT_NE(o.out.find("successfully.\n" + std::string(56, '=') + "\n" + SEP + SEP), std::string::npos) << o.out;
+    EXPECT_NE(o.err.find("text of 70 bytes refused"), std::string::npos) << o.err;
+    // The stuffed byte travels escaped on the line.
+    o = call(board, "ST_IOT_SET_0B_01_TRACKER_DELAY_TIME", "3\n");
+    ASSERT_EQ(o.sent.size(), 1u);
+    const Bytes& raw = o.sent[0].raw;
+    EXPECT_EQ(raw.size(), 1 + 5 + 1 + 1 + 1u);  // start, 08 03 0B F0 00 as F0 00 00, crc, end
 }
 
 TEST(PeripheralHandlers, PoeOneExchange) {

@@ -7,6 +7,7 @@
 
 #include "bkp/bkp_handlers.h"
 #include "dsu/dsu_handlers.h"
+#include "iot/iot_handlers.h"
 #include "ltc3351/ltc3351_handlers.h"
 #include "odm/odm_handlers.h"
 #include "poe/poe_handlers.h"
@@ -312,6 +313,78 @@ TEST(PeripheralRender, PoePortCounts) {
         EXPECT_EQ(poe::controlPortCount(c.product), c.control) << c.product;
         EXPECT_EQ(poe::ip8008PortCount(c.product), c.ip8008) << c.product;
     }
+}
+
+// clang-format off
+const RenderCase IOT_CASES[] = {
+    {iot::renderServerPort, {0xBA, 0x13}, framed("fd(7) Server Port = 5050 (0~65535)\n")},
+    {iot::renderTrackerDelay, {0xF0, 0x00}, framed("fd(7) Tracker Delay Time = 4 (unit:Minute)\n")},
+    {iot::renderTrackerResponse, {59, 0}, "fd(7) Tracker Response Time = 0 (unit:Minute)\n"},
+    {iot::renderTrackerResponse, {0xC0, 0xA8}, "fd(7) Tracker Response Time = 720 (unit:Minute)\n"},
+    {iot::renderThreshtap, {192}, framed("fd(7) Tracker Threshtap = 12g\n")},
+    {iot::renderThreshtap, {100}, framed("")},
+    {iot::renderAngle, {222}, framed("fd(7) Tracker Angle = 60\n")},
+    {iot::renderAngle, {30}, framed("")},
+    {iot::renderPhoneNumber, {'+', '1', '2', ','}, framed("fd(7) Phone Number = +12 \n")},
+    {iot::renderPhoneNumber, {','}, framed("fd(7) Phone Number =  \n")},
+    {iot::renderSmsContent, {3, 'H', 'i', '!', 0}, "fd(7) SMS Message [ Hi! ] \n"},
+    {iot::renderSmsResponseTime, {0xFF, 0xFF}, "fd(7) SMS Response Time = 65535 (0~65535)(unit:Sec)\n"},
+};
+// clang-format on
+
+TEST(PeripheralRender, IotTracker) {
+    expectRenders(IOT_CASES, std::size(IOT_CASES));
+    struct TextCase {
+        Bytes answer;
+        size_t capacity;
+        bool accepted;
+        std::string text;
+    };
+    const TextCase texts[] = {
+        {{3, 'a', 'b', 'c'}, 64, true, "abc"},
+        {{0}, 64, true, ""},
+        {{64}, 64, true, ""},                    // the length byte alone: what came
+        {{5, 'a', 'b'}, 64, true, "ab"},         // shorter than its length byte
+        {{4, 'a', 0, 'c', 'd'}, 64, true, "a"},  // printed up to a NUL
+        {{65, 'a'}, 64, false, ""},
+        {{129}, 128, false, ""},
+        {{}, 64, true, ""},
+    };
+    for (const TextCase& c : texts) {
+        std::string text = "unchanged";
+        EXPECT_EQ(iot::iotString(c.answer, c.capacity, &text), c.accepted) << c.text;
+        if (c.accepted) {
+            EXPECT_EQ(text, c.text);
+        }
+    }
+    EXPECT_EQ(iot::renderText("fd(%d) APN = %s \n", 64,
+                              Bytes{8, 'i', 'n', 't', 'e', 'r', 'n', 'e', 't'}, 7),
+              "fd(7) APN = internet \n");
+    EXPECT_EQ(iot::renderText("fd(%d) APN = %s \n", 64, Bytes{70, 'x'}, 7), "");
+
+    struct WordCase {
+        const char* line;
+        size_t width;
+        bool found;
+        std::string word;
+    };
+    const WordCase words[] = {
+        {"internet", 64, true, "internet"},
+        {"  \tinternet.apn extra", 64, true, "internet.apn"},
+        {"12345678901234567890", 16, true, "1234567890123456"},
+        {"+886988123456789012345", 20, true, "+8869881234567890123"},
+        {"   ", 16, false, ""},
+        {"", 16, false, ""},
+    };
+    for (const WordCase& c : words) {
+        std::string word;
+        EXPECT_EQ(iot::firstWord(c.line, c.width, &word), c.found) << c.line;
+        if (c.found) {
+            EXPECT_EQ(word, c.word) << c.line;
+        }
+    }
+    EXPECT_EQ(iot::iotRequest("8.8.8.8"), (Bytes{7, '8', '.', '8', '.', '8', '.', '8'}));
+    EXPECT_EQ(iot::iotRequest(""), Bytes{0});
 }
 
 }  // namespace

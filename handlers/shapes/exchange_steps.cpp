@@ -29,6 +29,10 @@ int fd() {
     return link ? link->fd : -1;
 }
 
+const char* programName() {
+    return core::handlerContext().progName;
+}
+
 const char* productName() {
     return core::handlerContext().product;
 }

@@ -39,6 +39,7 @@ inline Answer exchange(int cmdIndex, std::initializer_list<BYTE> request, Report
 }
 
 int fd();                   // the system-MCU link's descriptor, printed as "fd(%d)"
+const char* programName();  // for "<program>: <what>: <why>" lines on stderr
 const char* productName();  // the detected product name, with its line end
 // Whether `product` (with or without its line end) is one of `models`.
 bool isModel(std::string_view product, std::initializer_list<std::string_view> models);
