@@ -16,7 +16,7 @@
 namespace {
 
 using Bytes = std::vector<BYTE>;
-using shapes::Render;
+using steps::Render;
 
 const std::string SEP = "==========================\n";
 const std::string RULE = std::string(56, '=') + "\n";

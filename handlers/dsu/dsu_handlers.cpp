@@ -4,7 +4,7 @@
 
 #include "shapes/exchange_steps.h"
 
-using namespace shapes;
+using namespace steps;
 
 namespace dsu {
 

@@ -7,7 +7,7 @@
 
 #include "shapes/exchange_steps.h"
 
-using namespace shapes;
+using namespace steps;
 
 namespace iot {
 

@@ -12,7 +12,7 @@
 #include "prompt.h"
 #include "report.h"
 
-namespace shapes {
+namespace steps {
 
 Answer exchange(int cmdIndex, std::span<const BYTE> request, Report mode, char* funName) {
     MCU_CONTENT* link = core::handlerContext().systemLink;
@@ -175,4 +175,4 @@ int runLoop(int cmdIndex, char* funName, int count,
     return verdict;
 }
 
-}  // namespace shapes
+}  // namespace steps

@@ -13,7 +13,7 @@
 
 #include "mcu_base.h"
 
-namespace shapes {
+namespace steps {
 
 inline constexpr const char* SEP26 = "==========================";
 inline constexpr const char* RULE56 = "========================================================";
@@ -117,4 +117,4 @@ int runLoop(int cmdIndex, char* funName, int count,
             const std::function<std::vector<BYTE>(int)>& request, int pause,
             const std::function<void(int, const Answer&)>& onAnswer, Report mode = Report::Get);
 
-}  // namespace shapes
+}  // namespace steps
