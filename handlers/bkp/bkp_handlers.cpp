@@ -3,8 +3,11 @@
 #include "bkp_handlers.h"
 
 #include "shapes/exchange_steps.h"
+#include "shapes/rows.h"
 
 using namespace steps;
+using shapes::GetRow;
+using shapes::MenuRow;
 
 namespace bkp {
 
@@ -44,19 +47,20 @@ constexpr Named POWER_OFF_VALUES[] = {
     {1, "fd(%d) 60(seconds) \n"},
 };
 
-constexpr const char* DELAY_OPTIONS[] = {
-    "0.    5 Min.", "1.   10 Min.", "2.   15 Min.", "3.   20 Min.", "4.   30 Min.",
-    "5.   45 Min.", "6.   60 Min.", "7.   70 Min.", "8.   75 Min.", "9.   90 Min.",
-    "10. 105 Min.", "11. 120 Min.", "12. 135 Min.", "13. 150 Min.", "14. 165 Min.",
-    "15. 180 Min.", "16. 195 Min.", "17. 210 Min.", "18. 225 Min.", "19. 240 Min.",
-};
-constexpr Menu DELAY_MENU = {"========\tDelay Time Control \t\t========", DELAY_OPTIONS, 0, 19};
+const MenuRow SET_DELAY_TIME_CONTROL = {
+    "========\tDelay Time Control \t\t========",
+    {
+        "0.    5 Min.", "1.   10 Min.", "2.   15 Min.", "3.   20 Min.", "4.   30 Min.",
+        "5.   45 Min.", "6.   60 Min.", "7.   70 Min.", "8.   75 Min.", "9.   90 Min.",
+        "10. 105 Min.", "11. 120 Min.", "12. 135 Min.", "13. 150 Min.", "14. 165 Min.",
+        "15. 180 Min.", "16. 195 Min.", "17. 210 Min.", "18. 225 Min.", "19. 240 Min.",
+    }};
 
-constexpr const char* POWER_OFF_OPTIONS[] = {"0.   30(seconds).", "1.   60(seconds)."};
-constexpr Menu POWER_OFF_MENU = {"========\tPower Off Value \t\t========", POWER_OFF_OPTIONS};
+const MenuRow SET_POWER_OFF_VALUE = {"========\tPower Off Value \t\t========",
+                                     {"0.   30(seconds).", "1.   60(seconds)."}};
 
-constexpr const char* REBOOT_OPTIONS[] = {"0. Disable.", "1. Enable."};
-constexpr Menu REBOOT_MENU = {"========\t\tAuto reboot Control\t\t========", REBOOT_OPTIONS};
+const MenuRow SET_AUTO_REBOOT_FUNCTION = {"========\t\tAuto reboot Control\t\t========",
+                                          {"0. Disable.", "1. Enable."}};
 
 // The magnitude of a byte whose bit 7 is the sign, negative modulo 256.
 int negated(BYTE b) {
@@ -156,13 +160,13 @@ std::string renderAutoReboot(Bytes a, std::string_view, int fd) {
 }
 
 std::string renderDelayTimeMenu() {
-    return renderMenu(DELAY_MENU);
+    return shapes::renderStep(shapes::menuStep(SET_DELAY_TIME_CONTROL));
 }
 std::string renderPowerOffMenu() {
-    return renderMenu(POWER_OFF_MENU);
+    return shapes::renderStep(shapes::menuStep(SET_POWER_OFF_VALUE));
 }
 std::string renderAutoRebootMenu() {
-    return renderMenu(REBOOT_MENU);
+    return shapes::renderStep(shapes::menuStep(SET_AUTO_REBOOT_FUNCTION));
 }
 
 }  // namespace bkp
@@ -207,15 +211,15 @@ int FUNC_ST_BKP_GET_POWER_OFF_VALUE(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 1, renderPowerOffValue);
 }
 int FUNC_ST_BKP_SET_DELAY_TIME_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, DELAY_MENU);
+    return shapes::runMenu(SET_DELAY_TIME_CONTROL, cmdIndex, funName);
 }
 // Its row goes out with the GET command code, which the MCU takes as the setting.
 int FUNC_ST_BKP_SET_POWER_OFF_VALUE(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, POWER_OFF_MENU);
+    return shapes::runMenu(SET_POWER_OFF_VALUE, cmdIndex, funName);
 }
 int FUNC_ST_BIOS_GET_AUTO_REBOOT_FUNCTION(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 1, renderAutoReboot);
 }
 int FUNC_ST_BIOS_SET_AUTO_REBOOT_FUNCTION(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, REBOOT_MENU);
+    return shapes::runMenu(SET_AUTO_REBOOT_FUNCTION, cmdIndex, funName);
 }

@@ -3,8 +3,11 @@
 #include "dsu_handlers.h"
 
 #include "shapes/exchange_steps.h"
+#include "shapes/rows.h"
 
 using namespace steps;
+using shapes::GetRow;
+using shapes::MenuRow;
 
 namespace dsu {
 
@@ -14,25 +17,21 @@ namespace {
 // are titled so.
 constexpr const char* VIDEO_TITLE = "========              Video Input Source        ========";
 
-constexpr const char* SOURCE_OPTIONS[] = {"0. LVDS", "1. CVBS1", "2. CVBS2", "3. CVBS3",
-                                          "4. CVBS4"};
-constexpr Menu SOURCE_MENU = {VIDEO_TITLE, SOURCE_OPTIONS, 0, 4};
-constexpr const char* MUTE_OPTIONS[] = {"0. Audio Mute Disable", "1. Audio Mute Enable"};
-constexpr Menu MUTE_MENU = {"========                Mute Control           ========",
-                            MUTE_OPTIONS};
-constexpr const char* BACKLIGHT_OPTIONS[] = {"0. Disable", "1. Enable"};
-constexpr Menu BACKLIGHT_MENU = {"========            Auto Backlight Control      ========",
-                                 BACKLIGHT_OPTIONS};
-constexpr const char* MODE_OPTIONS[] = {"0. Auto Mode", "1. Menu Mode"};
-constexpr Menu MODE_MENU = {VIDEO_TITLE, MODE_OPTIONS};
+const MenuRow SET_VIDEO_INPUT_SOURCE = {
+    VIDEO_TITLE, {"0. LVDS", "1. CVBS1", "2. CVBS2", "3. CVBS3", "4. CVBS4"}};
+const MenuRow SET_MUTE_CONTROL = {"========                Mute Control           ========",
+                                  {"0. Audio Mute Disable", "1. Audio Mute Enable"}};
+const MenuRow SET_AUTO_BACKLIGHT_CONTROL = {
+    "========            Auto Backlight Control      ========", {"0. Disable", "1. Enable"}};
+const MenuRow SET_VIDEO_CONTROL_MODE = {VIDEO_TITLE, {"0. Auto Mode", "1. Menu Mode"}};
 // The keys start at 1: there is no key 0.
 constexpr const char* KEY_OPTIONS[] = {"1. Power",       "2. Menu",         "3. Volume Up",
                                        "4. Volume Down", "5. Backlight Up", "6. Backlight Down Key",
                                        "7. Auto Key"};
 constexpr Menu KEY_MENU = {"========                Key Simulation          ========", KEY_OPTIONS,
                            1, 7};
-constexpr const char* PANEL_OPTIONS[] = {"0. Panel Backlight Disable", "1. Panel Backlight Enable"};
-constexpr Menu PANEL_MENU = {VIDEO_TITLE, PANEL_OPTIONS};
+const MenuRow SET_PANEL_CONTROL = {VIDEO_TITLE,
+                                   {"0. Panel Backlight Disable", "1. Panel Backlight Enable"}};
 
 std::string valueLine(const char* line, Bytes a, int fd) {
     return framed(format(line, fd, byteAt(a, 0)));
@@ -82,38 +81,33 @@ int FUNC_ST_DSU_GET_PANEL_MODE(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 1, renderPanelMode);
 }
 int FUNC_ST_DSU_SET_VIDEO_INPUT_SOURCE(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, SOURCE_MENU);
+    return shapes::runMenu(SET_VIDEO_INPUT_SOURCE, cmdIndex, funName);
 }
 int FUNC_ST_DSU_SET_MUTE_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, MUTE_MENU);
+    return shapes::runMenu(SET_MUTE_CONTROL, cmdIndex, funName);
 }
 int FUNC_ST_DSU_SET_AUTO_BACKLIGHT_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, BACKLIGHT_MENU);
+    return shapes::runMenu(SET_AUTO_BACKLIGHT_CONTROL, cmdIndex, funName);
 }
 int FUNC_ST_DSU_SET_VIDEO_CONTROL_MODE(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, MODE_MENU);
+    return shapes::runMenu(SET_VIDEO_CONTROL_MODE, cmdIndex, funName);
 }
 int FUNC_ST_DSU_SET_KEY_SIMULATION(int cmdIndex, char* funName) {
     return runChoice(cmdIndex, funName, KEY_MENU);
 }
 int FUNC_ST_DSU_SET_PANEL_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, PANEL_MENU);
+    return shapes::runMenu(SET_PANEL_CONTROL, cmdIndex, funName);
 }
 
 std::string dsu::renderMenuOf(int (*handler)(int, char*)) {
-    struct Entry {
-        int (*handler)(int, char*);
-        const Menu* menu;
+    static const shapes::MenuRef menus[] = {
+        {FUNC_ST_DSU_SET_VIDEO_INPUT_SOURCE, SET_VIDEO_INPUT_SOURCE},
+        {FUNC_ST_DSU_SET_MUTE_CONTROL, SET_MUTE_CONTROL},
+        {FUNC_ST_DSU_SET_AUTO_BACKLIGHT_CONTROL, SET_AUTO_BACKLIGHT_CONTROL},
+        {FUNC_ST_DSU_SET_VIDEO_CONTROL_MODE, SET_VIDEO_CONTROL_MODE},
+        {FUNC_ST_DSU_SET_PANEL_CONTROL, SET_PANEL_CONTROL},
     };
-    static const Entry menus[] = {
-        {FUNC_ST_DSU_SET_VIDEO_INPUT_SOURCE, &SOURCE_MENU},
-        {FUNC_ST_DSU_SET_MUTE_CONTROL, &MUTE_MENU},
-        {FUNC_ST_DSU_SET_AUTO_BACKLIGHT_CONTROL, &BACKLIGHT_MENU},
-        {FUNC_ST_DSU_SET_VIDEO_CONTROL_MODE, &MODE_MENU},
-        {FUNC_ST_DSU_SET_KEY_SIMULATION, &KEY_MENU},
-        {FUNC_ST_DSU_SET_PANEL_CONTROL, &PANEL_MENU},
-    };
-    for (const Entry& e : menus)
-        if (e.handler == handler) return renderMenu(*e.menu);
-    return {};
+    if (handler == FUNC_ST_DSU_SET_KEY_SIMULATION) return renderMenu(KEY_MENU);
+    const MenuRow* row = shapes::rowOf<MenuRow>(menus, handler);
+    return row ? shapes::renderStep(shapes::menuStep(*row)) : std::string();
 }

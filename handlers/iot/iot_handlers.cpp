@@ -6,8 +6,11 @@
 #include <cstdio>
 
 #include "shapes/exchange_steps.h"
+#include "shapes/rows.h"
 
 using namespace steps;
+using shapes::GetRow;
+using shapes::MenuRow;
 
 namespace iot {
 
@@ -18,14 +21,10 @@ const BYTE ANGLE_CODES[4] = {128, 165, 196, 222};
 
 namespace {
 
-constexpr Named TRACKER_STATES[] = {
-    {0, "fd(%d) Tracker Disable.\n"},
-    {1, "fd(%d) Tracker Enable.\n"},
-};
-constexpr Named TRACKER_MODES[] = {
-    {0, "fd(%d) Normal Mode.\n"},
-    {1, "fd(%d) Continue Mode.\n"},
-};
+const GetRow GET_TRACKER_STATUS = {
+    .lines = {{.states = {{0, "Tracker Disable."}, {1, "Tracker Enable."}}}}};
+const GetRow GET_TRACKER_MODE = {
+    .lines = {{.states = {{0, "Normal Mode."}, {1, "Continue Mode."}}}}};
 constexpr Named THRESHTAPS[] = {
     {64, "fd(%d) Tracker Threshtap = 4g\n"},
     {128, "fd(%d) Tracker Threshtap = 8g\n"},
@@ -38,24 +37,18 @@ constexpr Named ANGLES[] = {
     {196, "fd(%d) Tracker Angle = 50\n"},
     {222, "fd(%d) Tracker Angle = 60\n"},
 };
-constexpr Named SMS_STATES[] = {
-    {0, "fd(%d) SMS Disable.\n"},
-    {1, "fd(%d) SMS Enable.\n"},
-};
-constexpr Named SMS_CODINGS[] = {
-    {0, "fd(%d) ASCII.\n"},
-    {1, "fd(%d) Unicode.\n"},
-};
+const GetRow GET_SMS_STATUS = {.lines = {{.states = {{0, "SMS Disable."}, {1, "SMS Enable."}}}}};
+const GetRow GET_SMS_CODING_TYPE = {.lines = {{.states = {{0, "ASCII."}, {1, "Unicode."}}}}};
 
 constexpr const char* DNS_OPTIONS[] = {"0. DNS 0", "1. DNS 1"};
 constexpr Menu DNS_MENU = {"========\t\tDNS Index \t\t========", DNS_OPTIONS};
 constexpr Menu PHONE_INDEX_ASK = {
     "========\tPhone Number Index \t\t========", {}, 0, 9, false, "Input Phone Index (0~9):"};
 
-constexpr const char* ENABLE_OPTIONS[] = {"0. Disable", "1. Enable"};
-constexpr Menu TRACKER_MENU = {"========\tTracker Control \t\t========", ENABLE_OPTIONS};
-constexpr const char* MODE_OPTIONS[] = {"0. Normal Mode.", "1. Continue Mode."};
-constexpr Menu MODE_MENU = {"========\t\tTracker Mode \t\t========", MODE_OPTIONS};
+const MenuRow SET_TRACKER_CONTROL = {"========\tTracker Control \t\t========",
+                                     {"0. Disable", "1. Enable"}};
+const MenuRow SET_TRACKER_MODE = {"========\t\tTracker Mode \t\t========",
+                                  {"0. Normal Mode.", "1. Continue Mode."}};
 // Option 3 reads "5 minutes" but sends 240 seconds: the tracker's table is so.
 constexpr const char* DELAY_OPTIONS[] = {"0. 1 minutes.", "1. 2 minutes.", "2. 3 minutes.",
                                          "3. 5 minutes.", "4. 7 minutes.", "5. 10 minutes."};
@@ -70,9 +63,10 @@ constexpr Menu THRESHTAP_MENU = {"========\tTracker Threshtap \t\t========", THR
                                  3};
 constexpr const char* ANGLE_OPTIONS[] = {"0. 30", "1. 40", "2. 50", "3. 60"};
 constexpr Menu ANGLE_MENU = {"========\t\tTracker Angle \t\t========", ANGLE_OPTIONS, 0, 3};
-constexpr Menu SMS_MENU = {"========\t\tSMS Control \t\t========", ENABLE_OPTIONS};
-constexpr const char* CODING_OPTIONS[] = {"0. ASCII", "1. Unicode"};
-constexpr Menu CODING_MENU = {"========\tSMS Coding Type \t\t========", CODING_OPTIONS};
+const MenuRow SET_SMS_CONTROL = {"========\t\tSMS Control \t\t========",
+                                 {"0. Disable", "1. Enable"}};
+const MenuRow SET_SMS_CODING_TYPE = {"========\tSMS Coding Type \t\t========",
+                                     {"0. ASCII", "1. Unicode"}};
 
 constexpr Menu PORT_ASK = {nullptr, {},    0,
                            65535,   false, "Input Server Port, EX: 5050 (0~65535) : "};
@@ -209,7 +203,7 @@ int textSet(int cmdIndex, char* funName, const char* prompt, size_t width,
     std::string word;
     print(prompt);
     if (!readWord(width, &word)) return 0;
-    if (closingRule) print(std::string(RULE56) + '\n');
+    if (closingRule) print(std::string(LONG_RULE) + '\n');
     std::vector<BYTE> request = std::move(prefix);
     for (BYTE b : iotRequest(word)) request.push_back(b);
     return exchange(cmdIndex, request, Report::Ack, funName).verdict;
@@ -234,7 +228,7 @@ int codedWordSet(int cmdIndex, char* funName, const Menu& menu, const int* value
 }
 
 void rule() {
-    print(std::string(RULE56) + '\n');
+    print(std::string(LONG_RULE) + '\n');
 }
 
 }  // namespace
@@ -271,10 +265,10 @@ int FUNC_ST_IOT_GET_PHONE_NUMBER(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {static_cast<BYTE>(index), 1}, 0, renderPhoneNumber);
 }
 int FUNC_ST_IOT_GET_TRACKER_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, TRACKER_STATES);
+    return shapes::runGet(GET_TRACKER_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_IOT_GET_TRACKER_MODE(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, TRACKER_MODES);
+    return shapes::runGet(GET_TRACKER_MODE, cmdIndex, funName);
 }
 int FUNC_ST_IOT_GET_TRACKER_DELAY_TIME(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 2, renderTrackerDelay);
@@ -289,10 +283,10 @@ int FUNC_ST_IOT_GET_TRACKER_ANGLE(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 1, renderAngle);
 }
 int FUNC_ST_IOT_GET_SMS_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, SMS_STATES);
+    return shapes::runGet(GET_SMS_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_IOT_GET_SMS_CODING_TYPE(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, SMS_CODINGS);
+    return shapes::runGet(GET_SMS_CODING_TYPE, cmdIndex, funName);
 }
 int FUNC_ST_IOT_GET_SMS_CONTENT(int cmdIndex, char* funName) {
     return textGet(cmdIndex, funName, {}, "fd(%d) SMS Message [ %s ] \n", SMS_TEXT_MAX, false);
@@ -363,10 +357,10 @@ int FUNC_ST_IOT_SET_SMS_RESPONSE_TIME(int cmdIndex, char* funName) {
     return wordSet(cmdIndex, funName, SMS_TIME_ASK);
 }
 int FUNC_ST_IOT_SET_TRACKER_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, TRACKER_MENU);
+    return shapes::runMenu(SET_TRACKER_CONTROL, cmdIndex, funName);
 }
 int FUNC_ST_IOT_SET_TRACKER_MODE(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, MODE_MENU);
+    return shapes::runMenu(SET_TRACKER_MODE, cmdIndex, funName);
 }
 int FUNC_ST_IOT_SET_TRACKER_DELAY_TIME(int cmdIndex, char* funName) {
     return codedWordSet(cmdIndex, funName, DELAY_MENU, TRACKER_DELAY_SECONDS);
@@ -381,8 +375,8 @@ int FUNC_ST_IOT_SET_TRACKER_ANGLE(int cmdIndex, char* funName) {
     return runChoice(cmdIndex, funName, ANGLE_MENU, ANGLE_CODES);
 }
 int FUNC_ST_IOT_SET_SMS_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, SMS_MENU);
+    return shapes::runMenu(SET_SMS_CONTROL, cmdIndex, funName);
 }
 int FUNC_ST_IOT_SET_SMS_CODING_TYPE(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, CODING_MENU);
+    return shapes::runMenu(SET_SMS_CODING_TYPE, cmdIndex, funName);
 }

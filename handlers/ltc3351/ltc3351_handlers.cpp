@@ -106,13 +106,13 @@ std::string renderCapacitorCount(Bytes a, std::string_view product, int fd) {
 
 // The two output voltages print only their opening separator.
 std::string renderStandbyVoltage(Bytes a, std::string_view, int fd) {
-    return std::string(SEP26) + '\n' +
+    return std::string(SEPARATOR) + '\n' +
            format("fd(%d) LTC3351 24VSB output Voltage = %d (0~650)(unit:100mV)\n", fd,
                   wordAt(a, 0));
 }
 
 std::string renderCapacitorVoltage(Bytes a, std::string_view, int fd) {
-    return std::string(SEP26) + '\n' +
+    return std::string(SEPARATOR) + '\n' +
            format("fd(%d) LTC3351 Capacitors output Voltage = %d (0~650)(unit:100mV)\n", fd,
                   wordAt(a, 0));
 }

@@ -4,57 +4,46 @@
 #include "odm_handlers.h"
 
 #include "shapes/exchange_steps.h"
+#include "shapes/rows.h"
 
 using namespace steps;
+using shapes::GetRow;
+using shapes::MenuRow;
 
 namespace odm {
 
 namespace {
 
-constexpr Named SHUTDOWN_STATES[] = {
-    {0, "fd(%d) OS not Shutdown.\n"},
-    {1, "fd(%d) OS has been shutdown.\n"},
-};
-constexpr Named FACTORY_STATES[] = {
-    {0, "fd(%d) Return to factory default.\n"},
-    {255, "fd(%d) Keep current setting.\n"},
-};
+const GetRow GET_SHUTDOWN_STATUS = {
+    .lines = {{.states = {{0, "OS not Shutdown."}, {1, "OS has been shutdown."}}}}};
+const GetRow GET_FACTORY_DEFAULT_STATUS = {
+    .lines = {{.states = {{0, "Return to factory default."}, {255, "Keep current setting."}}}}};
 constexpr Named WIFI_LED_STATES[] = {
     {0, "fd(%d) LED Off.\n"},
     {1, "fd(%d) LED On.\n"},
     {255, "fd(%d) Out of slot range.\n"},
 };
-constexpr Named GPS_LED_STATES[] = {
-    {0, "fd(%d) LED Off (Green).\n"},
-    {1, "fd(%d) LED On (Green).\n"},
-    {255, "fd(%d) Out of Slot Range.\n"},
-};
-constexpr Named VINM_STATES[] = {
-    {0, "fd(%d) Take Place VINM FAULT.\n"},
-    {255, "fd(%d) No VINM Fault Event.\n"},
-};
-constexpr Named WAKEUP_EVENTS[] = {
-    {0, "fd(%d) Free.\n"},         {1, "fd(%d) Ignition.\n"}, {2, "fd(%d) Power Button.\n"},
-    {3, "fd(%d) Event Button.\n"}, {4, "fd(%d) RTC.\n"},      {5, "fd(%d) SMS.\n"},
-    {6, "fd(%d) G-Sensor.\n"},
-};
-constexpr Named GSENSOR_STATES[] = {
-    {0, "fd(%d) G-Sensor Wakeup Off.\n"},
-    {1, "fd(%d) G-Sensor Wakeup On. (Default)\n"},
-};
-constexpr Named POWER_LED_STATES[] = {
-    {0, "fd(%d) LED Off. (Green)\n"},
-    {1, "fd(%d) LED On. (Green)(Default)\n"},
-    {255, "fd(%d) Out of Slot Range.\n"},
-};
-constexpr Named WWAN_ENABLE_STATES[] = {
-    {0, "fd(%d) WWAN Disable\n"},
-    {1, "fd(%d) WWAN Enable\n"},
-};
-constexpr Named WWAN_RESET_STATES[] = {
-    {0, "fd(%d) WWAN Reset Off\n"},
-    {1, "fd(%d) WWAN Reset On\n"},
-};
+const GetRow GET_GPS_LED_STATUS = {
+    .lines = {{.states = {
+                   {0, "LED Off (Green)."}, {1, "LED On (Green)."}, {255, "Out of Slot Range."}}}}};
+const GetRow GET_VINM_FAULT_STATUS = {
+    .lines = {{.states = {{0, "Take Place VINM FAULT."}, {255, "No VINM Fault Event."}}}}};
+const GetRow GET_WAKEUP_EVENT = {.lines = {{.states = {{0, "Free."},
+                                                       {1, "Ignition."},
+                                                       {2, "Power Button."},
+                                                       {3, "Event Button."},
+                                                       {4, "RTC."},
+                                                       {5, "SMS."},
+                                                       {6, "G-Sensor."}}}}};
+const GetRow GET_GSENSOR_STATUS = {
+    .lines = {{.states = {{0, "G-Sensor Wakeup Off."}, {1, "G-Sensor Wakeup On. (Default)"}}}}};
+const GetRow GET_POWER_LED_STATUS = {.lines = {{.states = {{0, "LED Off. (Green)"},
+                                                           {1, "LED On. (Green)(Default)"},
+                                                           {255, "Out of Slot Range."}}}}};
+const GetRow GET_WWAN_ENABLE_STATUS = {
+    .lines = {{.states = {{0, "WWAN Disable"}, {1, "WWAN Enable"}}}}, .request = {0}};
+const GetRow GET_WWAN_RESET_STATUS = {
+    .lines = {{.states = {{0, "WWAN Reset Off"}, {1, "WWAN Reset On"}}}}, .request = {0}};
 
 constexpr Named SIGNAL_LED[] = {
     {0, "fd(%d) Signal LED is Off.\n"},
@@ -112,9 +101,9 @@ constexpr Menu WWAN_SLOT_ASK = {nullptr, SLOT_OPTIONS, 0, 1, false, "Select WWAN
 constexpr Menu WIFI_SLOT_MENU = {"========\t\tSelect WIFI Slot \t\t========", SLOT_OPTIONS};
 constexpr Menu WWAN_SLOT_MENU = {"========\t\tSelect WWAN Slot \t\t========", SLOT_OPTIONS};
 
-constexpr const char* SHUTDOWN_OPTIONS[] = {"0. OS can not start shutdown process.",
-                                            "1. OS start shutdown process."};
-constexpr Menu SHUTDOWN_MENU = {"========\t\tShutdown Flag \t\t========", SHUTDOWN_OPTIONS};
+const MenuRow SET_SHUTDOWN_FLAG = {
+    "========\t\tShutdown Flag \t\t========",
+    {"0. OS can not start shutdown process.", "1. OS start shutdown process."}};
 constexpr const char* GREEN_LED_OPTIONS[] = {"0. LED Off. (Green)", "1. LED On. (Green)"};
 constexpr Menu WIFI_LED_MENU = {"========\t\tWIFI LED Control \t\t========", GREEN_LED_OPTIONS};
 constexpr Menu POWER_LED_MENU = {"========\tPower LED Control\t \t========", GREEN_LED_OPTIONS};
@@ -123,11 +112,11 @@ constexpr Menu SIGNAL_LED_MENU = {"========\tWWAN Signal LED Control\t\t========
                                   0, 2};
 constexpr Menu SERVICE_LED_MENU = {
     "========\tWWAN Service LED Control\t\t========", WWAN_LED_OPTIONS, 0, 2};
-constexpr const char* GPS_LED_OPTIONS[] = {"0. LED Off.", "1. LED On."};
-constexpr Menu GPS_LED_MENU = {"========\tGPS LED Control \t\t========", GPS_LED_OPTIONS};
-constexpr const char* GSENSOR_OPTIONS[] = {"0. Disable G-Sensor Wakeup Function.",
-                                           "1. Enable G-Sensor Wakeup Function. (Default)"};
-constexpr Menu GSENSOR_MENU = {"========\tG-Sensor Control\t \t========", GSENSOR_OPTIONS};
+const MenuRow SET_GPS_LED_CONTROL = {"========\tGPS LED Control \t\t========",
+                                     {"0. LED Off.", "1. LED On."}};
+const MenuRow SET_GSENSOR_CONTROL = {
+    "========\tG-Sensor Control\t \t========",
+    {"0. Disable G-Sensor Wakeup Function.", "1. Enable G-Sensor Wakeup Function. (Default)"}};
 constexpr const char* WWAN_ENABLE_OPTIONS[] = {"0. Disable.", "1. Enable."};
 constexpr Menu WWAN_ENABLE_MENU = {"========\tWWAN Enable Control\t\t========",
                                    WWAN_ENABLE_OPTIONS};
@@ -229,29 +218,24 @@ std::string renderDelayOffTime(Bytes a, std::string_view, int fd) {
     return framed(format("fd(%d) Delay Off Time = %d (0~64800)(unit:Sec)\n", fd, wordAt(a, 0)));
 }
 
-namespace {
-struct StateRow {
-    int (*handler)(int, char*);
-    std::span<const Named> states;
+const shapes::GetRef STATE_ROWS[] = {
+    {FUNC_ST_NVR_GET_SHUTDOWN_STATUS, GET_SHUTDOWN_STATUS},
+    {FUNC_ST_ODM_GET_FACTORY_DEFAULT_STATUS, GET_FACTORY_DEFAULT_STATUS},
+    {FUNC_ST_ODM_GET_GPS_LED_STATUS, GET_GPS_LED_STATUS},
+    {FUNC_ST_ODM_GET_VINM_FAULT_STATUS, GET_VINM_FAULT_STATUS},
+    {FUNC_ST_ODM_GET_WAKEUP_EVENT, GET_WAKEUP_EVENT},
+    {FUNC_ST_ODM_GET_GSENSOR_STATUS, GET_GSENSOR_STATUS},
+    {FUNC_ST_ODM_GET_POWER_LED_STATUS, GET_POWER_LED_STATUS},
+    {FUNC_ST_ODM_GET_WWAN_ENABLE_STATUS, GET_WWAN_ENABLE_STATUS},
+    {FUNC_ST_ODM_GET_WWAN_RESET_STATUS, GET_WWAN_RESET_STATUS},
 };
-const StateRow STATE_ROWS[] = {
-    {FUNC_ST_NVR_GET_SHUTDOWN_STATUS, SHUTDOWN_STATES},
-    {FUNC_ST_ODM_GET_FACTORY_DEFAULT_STATUS, FACTORY_STATES},
-    {FUNC_ST_ODM_GET_WIFI_LED_STATUS, WIFI_LED_STATES},
-    {FUNC_ST_ODM_GET_GPS_LED_STATUS, GPS_LED_STATES},
-    {FUNC_ST_ODM_GET_VINM_FAULT_STATUS, VINM_STATES},
-    {FUNC_ST_ODM_GET_WAKEUP_EVENT, WAKEUP_EVENTS},
-    {FUNC_ST_ODM_GET_GSENSOR_STATUS, GSENSOR_STATES},
-    {FUNC_ST_ODM_GET_POWER_LED_STATUS, POWER_LED_STATES},
-    {FUNC_ST_ODM_GET_WWAN_ENABLE_STATUS, WWAN_ENABLE_STATES},
-    {FUNC_ST_ODM_GET_WWAN_RESET_STATUS, WWAN_RESET_STATES},
-};
-}  // namespace
+const std::span<const shapes::GetRef> rows = STATE_ROWS;
 
 std::string renderStateOf(int (*handler)(int, char*), Bytes a, int fd) {
-    for (const StateRow& r : STATE_ROWS)
-        if (r.handler == handler) return framed(named(r.states, byteAt(a, 0), fd));
-    return {};
+    if (handler == FUNC_ST_ODM_GET_WIFI_LED_STATUS)
+        return framed(named(WIFI_LED_STATES, byteAt(a, 0), fd));
+    const shapes::GetRow* row = shapes::rowOf<shapes::GetRow>(rows, handler);
+    return row ? shapes::renderGet(*row, fd, a, "KX07\n") : std::string();
 }
 
 }  // namespace odm
@@ -261,10 +245,10 @@ using namespace odm;
 // ---------------------------------------------------------------- GET
 
 int FUNC_ST_NVR_GET_SHUTDOWN_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, SHUTDOWN_STATES);
+    return shapes::runGet(GET_SHUTDOWN_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_FACTORY_DEFAULT_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, FACTORY_STATES);
+    return shapes::runGet(GET_FACTORY_DEFAULT_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_WIFI_LED_STATUS(int cmdIndex, char* funName) {
     int slot = 0;
@@ -288,13 +272,13 @@ int FUNC_ST_ODM_GET_WWAN_LED_FLASH_TIME(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {static_cast<BYTE>(slot)}, 2, renderWwanFlashTime);
 }
 int FUNC_ST_ODM_GET_GPS_LED_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, GPS_LED_STATES);
+    return shapes::runGet(GET_GPS_LED_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_GPS_LED_FLASH_TIME(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 1, renderFlashTime);
 }
 int FUNC_ST_ODM_GET_VINM_FAULT_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, VINM_STATES);
+    return shapes::runGet(GET_VINM_FAULT_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_SIM_STATUS(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 1, renderSimStatus);
@@ -306,30 +290,28 @@ int FUNC_ST_ODM_GET_DELAY_OFF_TIME(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 2, renderDelayOffTime);
 }
 int FUNC_ST_ODM_GET_WAKEUP_EVENT(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, WAKEUP_EVENTS);
+    return shapes::runGet(GET_WAKEUP_EVENT, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_GSENSOR_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, GSENSOR_STATES);
+    return shapes::runGet(GET_GSENSOR_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_POWER_LED_STATUS(int cmdIndex, char* funName) {
-    return runState(cmdIndex, funName, POWER_LED_STATES);
+    return shapes::runGet(GET_POWER_LED_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_POWER_LED_FLASH_TIME(int cmdIndex, char* funName) {
     return runGet(cmdIndex, funName, {}, 1, renderFlashTime);
 }
 int FUNC_ST_ODM_GET_WWAN_ENABLE_STATUS(int cmdIndex, char* funName) {
-    const BYTE request[] = {0};
-    return runState(cmdIndex, funName, WWAN_ENABLE_STATES, request);
+    return shapes::runGet(GET_WWAN_ENABLE_STATUS, cmdIndex, funName);
 }
 int FUNC_ST_ODM_GET_WWAN_RESET_STATUS(int cmdIndex, char* funName) {
-    const BYTE request[] = {0};
-    return runState(cmdIndex, funName, WWAN_RESET_STATES, request);
+    return shapes::runGet(GET_WWAN_RESET_STATUS, cmdIndex, funName);
 }
 
 // ---------------------------------------------------------------- SET
 
 int FUNC_ST_NVR_SET_SHUTDOWN_FLAG(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, SHUTDOWN_MENU);
+    return shapes::runMenu(SET_SHUTDOWN_FLAG, cmdIndex, funName);
 }
 int FUNC_ST_ODM_SET_FACTORY_DEFAULT_FLAG(int cmdIndex, char* funName) {
     return send(cmdIndex, funName, {});
@@ -360,7 +342,7 @@ int FUNC_ST_ODM_SET_WWAN_LED_FLASH_TIME(int cmdIndex, char* funName) {
                 {static_cast<BYTE>(slot), static_cast<BYTE>(signal), static_cast<BYTE>(service)});
 }
 int FUNC_ST_ODM_SET_GPS_LED_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, GPS_LED_MENU);
+    return shapes::runMenu(SET_GPS_LED_CONTROL, cmdIndex, funName);
 }
 int FUNC_ST_ODM_SET_GPS_LED_FLASH_TIME(int cmdIndex, char* funName) {
     return runChoice(cmdIndex, funName, GPS_FLASH_ASK);
@@ -372,7 +354,7 @@ int FUNC_ST_ODM_SET_DELAY_OFF_TIME(int cmdIndex, char* funName) {
     return wordSet(cmdIndex, funName, DELAY_OFF_ASK);
 }
 int FUNC_ST_ODM_SET_GSENSOR_CONTROL(int cmdIndex, char* funName) {
-    return runChoice(cmdIndex, funName, GSENSOR_MENU);
+    return shapes::runMenu(SET_GSENSOR_CONTROL, cmdIndex, funName);
 }
 int FUNC_ST_ODM_SET_POWER_LED_CONTROL(int cmdIndex, char* funName) {
     return runChoice(cmdIndex, funName, POWER_LED_MENU);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "mcu_base.h"
+#include "shapes/rows.h"
 
 int FUNC_ST_NVR_GET_SHUTDOWN_STATUS(int cmdIndex, char* funName);
 int FUNC_ST_NVR_SET_SHUTDOWN_FLAG(int cmdIndex, char* funName);
@@ -58,7 +59,9 @@ std::string renderWwanFlashTime(Bytes a, std::string_view product, int fd);
 std::string renderSimStatus(Bytes a, std::string_view product, int fd);
 std::string renderDelayOnTime(Bytes a, std::string_view product, int fd);
 std::string renderDelayOffTime(Bytes a, std::string_view product, int fd);
-// The lines of a GET that names the state of answer byte 0 (null for other handlers).
+// The rows of the GETs that name a state.
+extern const std::span<const shapes::GetRef> rows;
+// The lines of a GET that names the state of answer byte 0 ("" for other handlers).
 std::string renderStateOf(int (*handler)(int, char*), Bytes a, int fd);
 
 }  // namespace odm

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "shapes/exchange_steps.h"
+#include "shapes/rows.h"
 
 using namespace steps;
 
@@ -173,10 +174,8 @@ constexpr Named PORT2_STATES[] = {
     {0, "\tfd(%d) POE port 2 is power off.\n"},
     {1, "\tfd(%d) POE port 2 is power on.\n"},
 };
-constexpr Named CARD_STATES[] = {
-    {0, "fd(%d) KX28.\n"},
-    {1, "fd(%d) KX27.\n"},
-};
+// The PoE card fitted, by the model it makes.
+const shapes::GetRow GET_POE_CARD_DETECT = {.lines = {{.states = {{0, "KX28."}, {1, "KX27."}}}}};
 
 const char* boardName(int board) {
     return board ? "Rear" : "Front";
@@ -344,7 +343,7 @@ std::string renderNotSupported(std::string_view product) {
     // The product name keeps its own line end, which splits the message.
     return format("========  %s does not support this function  ========\n",
                   std::string(product).c_str()) +
-           RULE56 + '\n';
+           LONG_RULE + '\n';
 }
 
 // ---------------------------------------------------------------- device 13
@@ -578,7 +577,7 @@ int FUNC_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
 
 int FUNC_POE_CARD_DETECT(int cmdIndex, char* funName) {
     banner("POE_CARD_DETECT");
-    return runState(cmdIndex, funName, CARD_STATES);
+    return shapes::runGet(GET_POE_CARD_DETECT, cmdIndex, funName);
 }
 
 int FUNC_POE_GET_POWER_BUDGET(int cmdIndex, char* funName) {
@@ -594,7 +593,7 @@ int FUNC_PORT_POWER_CONTROL(int cmdIndex, char* funName) {
     bool main = kx73(product);
     if (main) show("Control Board\n");
     int port = 0, option = 0;
-    if (!askPortAndSwitch(count, SELECT, !main, &port, &option)) return 0;
+    if (!askPortAndSwitch(count, SELECT_QUESTION, !main, &port, &option)) return 0;
     if (main) {
         show(std::string(SEP44) + '\n');
         return exchange(cmdIndex, {0, static_cast<BYTE>(port), static_cast<BYTE>(option)},

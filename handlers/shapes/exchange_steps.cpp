@@ -126,7 +126,7 @@ std::string renderMenu(const Menu& menu) {
     std::string s;
     if (menu.title) s += std::string(menu.title) + '\n';
     for (const char* o : menu.options) s += std::string(o) + '\n';
-    if (menu.rule) s += std::string(RULE56) + '\n';
+    if (menu.rule) s += std::string(LONG_RULE) + '\n';
     if (menu.prompt) s += menu.prompt;
     return s;
 }

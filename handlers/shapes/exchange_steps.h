@@ -15,9 +15,9 @@
 
 namespace steps {
 
-inline constexpr const char* SEP26 = "==========================";
-inline constexpr const char* RULE56 = "========================================================";
-inline constexpr const char* SELECT = "Select which option you want to do:";
+inline constexpr const char* SEPARATOR = "==========================";
+inline constexpr const char* LONG_RULE = "========================================================";
+inline constexpr const char* SELECT_QUESTION = "Select which option you want to do:";
 
 // How check_result judges an exchange: Get succeeds on any answer, Ack only when
 // answer byte 0 is 1.
@@ -76,7 +76,7 @@ struct Named {
 // The line of `value`, or "" when the table does not list it.
 std::string named(std::span<const Named> table, int value, int fd);
 // `body` between two separators.
-std::string framed(const std::string& body, const char* sep = SEP26);
+std::string framed(const std::string& body, const char* sep = SEPARATOR);
 
 // A menu: title, options one a line, the rule, the prompt; answered in [min, max].
 struct Menu {
@@ -85,7 +85,7 @@ struct Menu {
     int min = 0;
     int max = 1;
     bool rule = true;
-    const char* prompt = SELECT;  // printed without a line end
+    const char* prompt = SELECT_QUESTION;  // printed without a line end
 };
 std::string renderMenu(const Menu& menu);
 // Shows the menu and reads the answer; false when the input ended.
