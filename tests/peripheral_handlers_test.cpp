@@ -225,6 +225,25 @@ TEST(PeripheralHandlers, IotLongTextRefused) {
     EXPECT_EQ(raw.size(), 1 + 5 + 1 + 1 + 1u);  // start, 08 03 0B F0 00 as F0 00 00, crc, end
 }
 
+// A short answer is never read past: zeros are shown and stderr says so, once per answer.
+TEST(PeripheralHandlers, ShortAnswersWarn) {
+    BoardFixture board("KX07");
+    board.sim.setAnswer(10, 2, 0x0A, {0x4C});
+    Outcome o = call(board, "ST_BKP_GET_0A_01_THRESHOLD_SETTING", "");
+    EXPECT_EQ(o.result, 1);
+    EXPECT_NE(o.out.find("Threshold Low  = 76 (unit:10mV)\nfd(" + std::to_string(board.fd()) +
+                         ") Threshold High = 0 (unit:10mV)\n"),
+              std::string::npos);
+    EXPECT_EQ(o.err, "brdctl: short answer to ST_BKP_GET_0A_01_THRESHOLD_SETTING: 1 of 4 bytes\n");
+
+    board.sim.setAnswer(11, 2, 0x0C, {});
+    o = call(board, "ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION", "");
+    EXPECT_EQ(o.sent.size(), 2u);
+    EXPECT_NE(o.out.find("Port 2 Power Consumption = 0 W\n"), std::string::npos);
+    EXPECT_EQ(o.err, "brdctl: short answer to ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION: 0 of 1 bytes\n"
+                     "brdctl: short answer to ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION: 0 of 1 bytes\n");
+}
+
 TEST(PeripheralHandlers, PoeOneExchange) {
     runCases({
         {"KX07", "ST_POE_GET_04_01_PSE_FW_VERSION", "", {{11, 2, 0x04, {}}}, "***\tPSE_FW_VERSION\t***\n"},

@@ -465,7 +465,7 @@ int FUNC_PSE_TEMPERATURE(int cmdIndex, char* funName) {
         banner("PSE_TEMPERATURE");
         return runLoop(
             cmdIndex, funName, 6, [](int i) { return bytes({static_cast<BYTE>(i)}); }, 0,
-            [](int i, const Answer& a) { show(renderKx19Temperature(i, a.bytes, fd())); });
+            [](int i, const Answer& a) { show(renderKx19Temperature(i, a.bytes, fd())); }, 2);
     }
     bool main = kx73(product);
     return bannerGet(cmdIndex, funName, "PSE_TEMPERATURE", main ? bytes({0}) : bytes({}),
@@ -525,7 +525,8 @@ int FUNC_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
             10,
             [product](int i, const Answer& a) {
                 show(renderPortConsumption(i + 1, a.bytes, product, fd()));
-            });
+            },
+            1);
         show(std::string(SEPT) + '\n');
         return verdict;
     }
@@ -533,7 +534,8 @@ int FUNC_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
         cmdIndex, funName, count, [](int i) { return bytes({static_cast<BYTE>(i + 1)}); }, 100,
         [product](int i, const Answer& a) {
             show(renderPortConsumption(i + 1, a.bytes, product, fd()));
-        });
+        },
+        kx19(product) ? 2 : 1);
 }
 
 int FUNC_PORT_1_POWER_CONSUMPTION(int cmdIndex, char* funName) {
@@ -565,7 +567,8 @@ int FUNC_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
                 show(std::string(SEPT46) + '\n' +
                      format("\tfd(%d) Port %d Status : ", fd(), i + 1) +
                      kx19State(byteAt(a.bytes, 0)));
-            });
+            },
+            1);
         show(std::string(SEPT46) + '\n');
         return verdict;
     }
@@ -634,11 +637,12 @@ int perBoard(int cmdIndex, char* funName,
              const std::function<void(int board, const Answer&)>& onAnswer) {
     return runLoop(
         cmdIndex, funName, 2, [](int b) { return bytes({static_cast<BYTE>(b)}); }, IP808_PAUSE,
-        onAnswer);
+        onAnswer, 1);
 }
 
 // For each board: its opening text, one request per port, its closing text.
 int perBoardPort(int cmdIndex, char* funName, const char* open, const char* close, int firstPort,
+                 size_t need,
                  const std::function<std::string(int board, int index, const Answer&)>& render) {
     int verdict = 0;
     for (int board = 0; board < 2; ++board) {
@@ -648,7 +652,8 @@ int perBoardPort(int cmdIndex, char* funName, const char* open, const char* clos
             [board, firstPort](int i) {
                 return bytes({static_cast<BYTE>(board), static_cast<BYTE>(i + firstPort)});
             },
-            IP808_PAUSE, [board, &render](int i, const Answer& a) { show(render(board, i, a)); });
+            IP808_PAUSE, [board, &render](int i, const Answer& a) { show(render(board, i, a)); },
+            need);
         show(std::string(close) + '\n');
     }
     return verdict;
@@ -669,7 +674,7 @@ int FUNC_808_PSE_FW_VERSION(int cmdIndex, char* funName) {
 int FUNC_808_PSE_TEMPERATURE(int cmdIndex, char* funName) {
     if (!kx73(productName())) return 0;
     // The temperature ports count from 0 on the wire.
-    return perBoardPort(cmdIndex, funName, SEPT, SEPT, 0, [](int board, int i, const Answer& a) {
+    return perBoardPort(cmdIndex, funName, SEPT, SEPT, 0, 2, [](int board, int i, const Answer& a) {
         return render808Temperature(board, i + 1, a.bytes, fd());
     });
 }
@@ -694,7 +699,7 @@ int FUNC_808_PORT_STATUS(int cmdIndex, char* funName) {
 int FUNC_808_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
     if (!kx73(productName())) return 0;
     // Unlike the temperature command, these ports count from 1.
-    return perBoardPort(cmdIndex, funName, SEPT, SEPT, 1, [](int board, int i, const Answer& a) {
+    return perBoardPort(cmdIndex, funName, SEPT, SEPT, 1, 1, [](int board, int i, const Answer& a) {
         return format("\tfd(%d) %s Board Port%d Power Consumption = %d W\n", fd(),
                       board ? "Rear" : "Front", i + 1, byteAt(a.bytes, 0));
     });
@@ -703,7 +708,7 @@ int FUNC_808_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
 int FUNC_808_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
     if (!kx73(productName())) return 0;
     return perBoardPort(
-        cmdIndex, funName, SEPT46, SEPT46, 0,
+        cmdIndex, funName, SEPT46, SEPT46, 0, 1,
         [](int board, int i, const Answer& a) { return render808Link(board, i, a.bytes, fd()); });
 }
 
@@ -766,7 +771,8 @@ int FUNC_IP8008_GET_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
                                i + 1, byteAt(a.bytes, 0)) +
                         format("fd(%d) Port %d Fract Power Consumption = %d. (Unit: W)\n", fd(),
                                i + 1, byteAt(a.bytes, 1))));
-        });
+        },
+        2);
 }
 
 int FUNC_IP8008_GET_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
@@ -778,7 +784,7 @@ int FUNC_IP8008_GET_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
         [](int i) {
             return bytes({0, static_cast<BYTE>(i)});
         },
-        IP8008_PAUSE, [](int i, const Answer& a) { show(renderIp8008Link(i, a.bytes)); });
+        IP8008_PAUSE, [](int i, const Answer& a) { show(renderIp8008Link(i, a.bytes)); }, 1);
     show(std::string(SEPT46) + '\n');
     return verdict;
 }

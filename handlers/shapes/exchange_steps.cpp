@@ -88,9 +88,10 @@ void print(const std::string& text) {
 }
 
 void warnShort(const char* funName, const Answer& answer, size_t need) {
-    if (answer.bytes.size() < need)
-        fprintf(stderr, "%s: short answer to %s: %zu of %zu bytes\n",
-                core::handlerContext().progName, funName, answer.bytes.size(), need);
+    if (answer.bytes.size() >= need) return;
+    fflush(stdout);
+    fprintf(stderr, "%s: short answer to %s: %zu of %zu bytes\n", core::handlerContext().progName,
+            funName, answer.bytes.size(), need);
 }
 
 std::string format(const char* fmt, ...) {
@@ -163,13 +164,16 @@ int runChoice(int cmdIndex, char* funName, const Menu& menu, std::span<const BYT
 
 int runLoop(int cmdIndex, char* funName, int count,
             const std::function<std::vector<BYTE>(int)>& request, int pause,
-            const std::function<void(int, const Answer&)>& onAnswer, Report mode) {
+            const std::function<void(int, const Answer&)>& onAnswer, size_t need, Report mode) {
     int verdict = 0;
     for (int i = 0; i < count; ++i) {
         std::vector<BYTE> bytes = request(i);
         Answer a = exchange(cmdIndex, bytes, mode, funName);
         verdict = a.verdict;
-        if (a.ok()) onAnswer(i, a);
+        if (a.ok()) {
+            warnShort(funName, a, need);
+            onAnswer(i, a);
+        }
         if (pause > 0) pauseMs(pause);
     }
     return verdict;

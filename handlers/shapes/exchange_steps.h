@@ -110,11 +110,13 @@ int runState(int cmdIndex, char* funName, std::span<const Named> states,
 int runChoice(int cmdIndex, char* funName, const Menu& menu, std::span<const BYTE> map = {});
 
 // A loop of exchanges, one per port or board: for i = 0..count-1 sends request(i),
-// reports it in `mode`, hands each successful answer to onAnswer(i, answer), and pauses
+// reports it in `mode`, warns when a successful answer holds fewer than `need` bytes,
+// hands each successful answer to onAnswer(i, answer), and pauses
 // `pause` ms after every request, answered or not. A failed request does not stop the
 // loop. Returns the verdict of the last request (0 when count is 0).
 int runLoop(int cmdIndex, char* funName, int count,
             const std::function<std::vector<BYTE>(int)>& request, int pause,
-            const std::function<void(int, const Answer&)>& onAnswer, Report mode = Report::Get);
+            const std::function<void(int, const Answer&)>& onAnswer, size_t need = 0,
+            Report mode = Report::Get);
 
 }  // namespace steps
