@@ -112,6 +112,8 @@ TEST(PeripheralHandlers, BatteryAndBios) {
         {"KX07", "ST_BIOS_SET_16_01_AUTO_REBOOT_FUNCTION", "0\n", {{5, 3, 0x16, {0}}}, ""},
         {"KX07", "ST_BIOS_GET_16_01_AUTO_REBOOT_FUNCTION", "", {{5, 2, 0x16, {}}}, "Auto reboot is disabled.\n"},
         {"KX29", "ST_BKP_GET_02_02_BACKUP_BATTERY_VOLTAGE", "", {{10, 2, 0x02, {}}}, "Backup Battery Voltage = 12100"},
+        {"KX60", "ST_BKP_GET_04_01_SMART_BATTERY_STATUS", "", {{10, 2, 0x04, {}}}, "status discharging\nfd(%FD) status gauge initialized\n" + SEP},
+        {"KX07", "ST_BKP_GET_03_01_SMART_BATTERY_TEMPERATURE", "", {{10, 2, 0x03, {}}}, "Smart Battery Temperature = -5 (-127 ~ 127)\n"},
     });
 }
 
@@ -157,6 +159,9 @@ TEST(PeripheralHandlers, OdmBoardAndShutdown) {
         {"KX07", "ST_ODM_SET_10_01_WWAN_ENABLE_STATUS", "0\n", {{17, 3, 0x10, {0, 0}}}, ""},
         {"KX07", "ST_ODM_GET_10_01_WWAN_ENABLE_STATUS", "", {{17, 2, 0x10, {0}}}, "fd(%FD) WWAN Disable\n"},
         {"KX07", "ST_ODM_SET_01_01_FACTORY_DEFAULT_FLAG", "", {{17, 3, 0x01, {}}}, "executed successfully"},
+        {"KX07", "ST_ODM_SET_0F_01_POWER_LED_FLASH_TIME", "11\n10\n", {{17, 3, 0x0F, {10}}},
+         "========\tPower LED Flash Time \t\t========\nInput Flash Time (0 ~ 10, 0 is always light, default is 0)(unit:100ms) :"},
+        {"KX07", "ST_ODM_GET_0F_01_POWER_LED_FLASH_TIME", "", {{17, 2, 0x0F, {}}}, "fd(%FD) Flash Time = 1000 (unit:ms)\n"},
         {"KX07", "ST_NVR_SET_01_01_SHUTDOWN_FLAG", "1\n", {{9, 3, 0x01, {1}}}, "1. OS start shutdown process.\n"},
         {"KX07", "ST_NVR_GET_01_01_SHUTDOWN_STATUS", "", {{9, 2, 0x01, {}}}, "fd(%FD) OS has been shutdown.\n"},
         // End of input at the second prompt: nothing sent.
@@ -200,6 +205,9 @@ TEST(PeripheralHandlers, IotTracker) {
         {"KX07", "ST_IOT_GET_02_01_3G_DNS", "0\n", {{8, 2, 0x02, {0}}}, "fd(%FD) DNS = 8.8.8.8 \n"},
         {"KX07", "ST_IOT_SET_06_01_MACHINE_NAME", "Machine-Name-Too-Long\n", {{8, 3, 0x06, counted("Machine-Name-Too")}}, ""},
         {"KX07", "ST_IOT_GET_05_01_IMEI", "", {{8, 2, 0x05, {}}}, "fd(%FD) IMEI = 356938035643809 \n" + SEP},
+        {"KX07", "ST_IOT_SET_12_01_SMS_RESPONSE_TIME", "x\n65535\n", {{8, 3, 0x12, {0xFF, 0xFF}}}, "\nInput Error !!! Please input a number."},
+        {"KX07", "ST_IOT_GET_12_01_SMS_RESPONSE_TIME", "", {{8, 2, 0x12, {}}},
+         "successfully.\n" + std::string(56, '=') + "\nfd(%FD) SMS Response Time = 65535 (0~65535)(unit:Sec)\n"},
         // The SMS text keeps its inner blanks, is cut at 128, and carries one byte more.
         {"KX07", "ST_IOT_SET_11_01_SMS_CONTENT", "\n   Hello there, world  \n", {{8, 3, 0x11, [] { Bytes b = counted("Hello there, world  "); b.push_back(0); return b; }()}}, ""},
         {"KX07", "ST_IOT_GET_11_01_SMS_CONTENT", "", {{8, 2, 0x11, {}}}, "fd(%FD) SMS Message [ Hello there, world   ] \n"},
@@ -270,6 +278,12 @@ TEST(PeripheralHandlers, PoeOneExchange) {
         {"KX57", "ST_IP8008_GET_07_01_PORT_STATUS", "", {{13, 2, 0x07, {0}}}, "fd(%FD) Lan Port 3 POE power off.\n"},
         {"KX59", "ST_IP8008_SET_07_01_PORT_POWER_CONTROL", "5\n0\n", {{13, 3, 0x07, {0, 5, 0}}}, ""},
         {"KX59", "ST_IP8008_GET_02_01_FW_VERSION", "", {{13, 2, 0x02, {0}}}, "fd(%FD) IP8008 FW Version = 49\n"},
+        {"KX07", "ST_IP8008_GET_02_01_FW_VERSION", "", {{13, 2, 0x02, {0}}}, "successfully.\n" + std::string(56, '=') + "\n"},
+        {"KX59", "ST_IP8008_GET_04_01_TOTAL_CONSUMPTION", "", {{13, 2, 0x04, {0}}},
+         "fd(%FD) Total Integer Power Consumption = 15. (Unit: W)\nfd(%FD) Total Fract Power Consumption = 25. (Unit: W)\n"},
+        {"KX19", "ST_POE_GET_08_02_POE_STATUS", "", {{11, 2, 0x08, {}}}, "Lan Port 6 Status : Power Off \n\t===="},
+        {"KX73", "ST_POE_GET_04_01_808_TOTAL_CONSUMPTION", "", {{13, 2, 0x04, {0}}, {13, 2, 0x04, {1}}}, "Rear Board Total Consumption = 30(W)\n"},
+        {"KX07", "ST_LANSWCH_GET_02_01_PORT_LINK_STATUS", "", {{13, 2, 0x02, {}}}, "***\tGET_PORT_LINK_STATUS\t***\n"},
         // On other models no port is ever accepted: asked again until the input ends.
         {"KX07", "ST_IP8008_SET_07_01_PORT_POWER_CONTROL", "1\n0\n", {}, "Select which port to control(1~0):\nSelect Error", 0},
     });
