@@ -212,7 +212,7 @@ bool perPort(const std::string& model, uint8_t device, uint8_t address, const By
                 }
                 // KX19: the state machine of each PSE.
                 static const uint8_t states[] = {16, 3, 17, 14, 4, 0};
-                *out = {states[last % 6]};
+                out->assign(1, states[data.back() % 6]);
                 return true;
             }
             default:
@@ -244,7 +244,8 @@ bool perPort(const std::string& model, uint8_t device, uint8_t address, const By
                 case 0x10: {
                     static const uint8_t front[] = {0x30, 3, 14, 16, 7, 0, 21, 0xE3};
                     static const uint8_t rear[] = {16, 16, 3, 3, 0x4F, 0x9F, 1, 2};
-                    *out = {(board ? rear : front)[last % 8]};
+                    const uint8_t* states = board ? rear : front;
+                    out->assign(1, states[data.back() % 8]);
                     return true;
                 }
                 default:
@@ -267,7 +268,7 @@ bool perPort(const std::string& model, uint8_t device, uint8_t address, const By
                     return true;
                 case 0x10: {
                     static const uint8_t states[] = {29, 1, 27, 10, 36};
-                    *out = {states[last % 5]};
+                    out->assign(1, states[data.back() % 5]);
                     return true;
                 }
                 default:
