@@ -266,11 +266,12 @@ TEST(PeripheralHandlers, PoeOneExchange) {
         {"KX05", "ST_POE_SET_2F_01_POE_POWER_BUDGET", "256\n45\n", {{11, 3, 0x2F, {45}}}, "Set POE POWER BUDGET (0-255)(Unit: W):"},
         {"KX05", "ST_POE_GET_2F_01_POE_POWER_BUDGET", "", {{11, 2, 0x2F, {}}}, "fd(%FD) Poe Power Budget = 45 (0~255)(unit: W)\n"},
         // Port control, then the status bits show it.
-        {"KX07", "ST_POE_SET_08_01_PORT_POWER_CONTROL", "3\n2\n1\n", {{11, 3, 0x08, {2, 1}}}, "=====          Port 2 control          =====\n"},
+        {"KX07", "ST_POE_SET_08_01_PORT_POWER_CONTROL", "3\n2\n1\n", {{11, 3, 0x08, {2, 1}}}, "=====          Port 2 control          =====\n0. Power Off\n1. Power On\n" + std::string(44, '=') +
+             "\nSelect which option you want to do:"},
         {"KX07", "ST_POE_GET_08_02_POE_STATUS", "", {{11, 2, 0x08, {}}}, "Lan Port 2 Status : Power On \n"},
         {"KX73", "ST_POE_SET_08_01_PORT_POWER_CONTROL", "4\n0\n", {{11, 3, 0x08, {0, 4, 0}}}, "Control Board\nSelect which port to control(1~4):"},
         {"KX73", "ST_POE_GET_08_02_POE_STATUS", "", {{11, 2, 0x08, {0}}}, "\tPort1 Power on\t\n\tPort2 Power off\t\n\tPort3 Power off\t\n\tPort4 Power off\n"},
-        {"KX73", "ST_POE_SET_07_01_808_PORT_POWER_CONTROL", "1\n8\n0\n", {{13, 3, 0x07, {1, 8, 0}}}, "Select which option you wnat to do:"},
+        {"KX73", "ST_POE_SET_07_01_808_PORT_POWER_CONTROL", "1\n8\n0\n", {{13, 3, 0x07, {1, 8, 0}}}, "1. Power On\nSelect which option you wnat to do:" + std::string(44, '=') + "\n"},
         {"KX07", "ST_POE_SET_07_01_808_PORT_POWER_CONTROL", "1\n8\n0\n", {}, "", 0},
         {"KX39", "ST_LANSWCH_GET_03_01_PORT_LINK_SPEED", "", {{13, 2, 0x03, {}}}, "Lan Port 4 Speed : 1000 Mbps \n"},
         {"KX39", "ST_LANSWCH_GET_01_01_CHIP_ID", "", {{13, 2, 0x01, {}}}, "\tfd(%FD) MSB Chip ID = 97\n"},

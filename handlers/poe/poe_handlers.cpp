@@ -181,10 +181,6 @@ const char* boardName(int board) {
     return board ? "Rear" : "Front";
 }
 
-std::string framedBy(const char* sep, const std::string& body) {
-    return framed(body, sep);
-}
-
 std::vector<BYTE> bytes(std::initializer_list<BYTE> b) {
     return b;
 }
@@ -248,12 +244,11 @@ std::string detectionClass(BYTE b, bool kx73Board) {
 
 std::string renderFwVersion(Bytes a, std::string_view product, int fd) {
     if (kx73(product))
-        return framedBy(SEPT,
-                        format("\tfd(%d) PSE Main Board FW Version = %d\n", fd, byteAt(a, 0)));
+        return framed(format("\tfd(%d) PSE Main Board FW Version = %d\n", fd, byteAt(a, 0)), SEPT);
     std::string s;
     for (size_t i = 0; i < a.size(); ++i)
         s += format("\tfd(%d) PSE %d FW Version = %d\n", fd, static_cast<int>(i + 1), a[i]);
-    return framedBy(SEPT, s);
+    return framed(s, SEPT);
 }
 
 std::string renderTemperature(Bytes a, std::string_view product, int fd) {
@@ -261,27 +256,30 @@ std::string renderTemperature(Bytes a, std::string_view product, int fd) {
         BYTE t = byteAt(a, 0);
         // A reading above zero prints a NUL where the sign would be.
         bool negative = t & 0x80;
-        return framedBy(SEPT, format("\tfd(%d) PSE Main Board Temperature = %c%d\n", fd,
-                                     negative ? '-' : '\0', negative ? 256 - t : t));
+        return framed(format("\tfd(%d) PSE Main Board Temperature = %c%d\n", fd,
+                             negative ? '-' : '\0', negative ? 256 - t : t),
+                      SEPT);
     }
     std::string s;
     for (size_t i = 0; i < a.size(); ++i)
         s += format("\tfd(%d) PSE %d Temperature = %d\n", fd, static_cast<int>(i + 1),
                     magnitude(a[i]));
-    return framedBy(SEPT, s);
+    return framed(s, SEPT);
 }
 
 std::string renderKx19Temperature(int index, Bytes a, int fd) {
     BYTE tenths = byteAt(a, 1);
     // The sign is not shown; the tenths are taken as a magnitude too.
-    return framedBy(SEPT, format("\tfd(%d) PSE %d Temperature = %d.%d\n", fd, index + 1,
-                                 magnitude(byteAt(a, 0)), tenths < 128 ? tenths : 256 - tenths));
+    return framed(format("\tfd(%d) PSE %d Temperature = %d.%d\n", fd, index + 1,
+                         magnitude(byteAt(a, 0)), tenths < 128 ? tenths : 256 - tenths),
+                  SEPT);
 }
 
 std::string renderTotalConsumption(Bytes a, std::string_view product, int fd) {
-    return framedBy(SEPT, format(kx73(product) ? "\tfd(%d) Main Board Total Consumption = %d(W)\n"
-                                               : "\tfd(%d) Total Consumption = %d W\n",
-                                 fd, byteAt(a, 0)));
+    return framed(format(kx73(product) ? "\tfd(%d) Main Board Total Consumption = %d(W)\n"
+                                       : "\tfd(%d) Total Consumption = %d W\n",
+                         fd, byteAt(a, 0)),
+                  SEPT);
 }
 
 std::string renderPoeStatus(Bytes a, std::string_view product, int fd) {
@@ -302,7 +300,7 @@ std::string renderPoeStatus(Bytes a, std::string_view product, int fd) {
         s +=
             format("\tfd(%d) PoE Pok Status : %s \n", fd, (b & 0x80) ? "Power OK" : "Power not OK");
     }
-    return framedBy(SEPT, s);
+    return framed(s, SEPT);
 }
 
 std::string renderPortConsumption(int port, Bytes a, std::string_view product, int fd) {
@@ -310,10 +308,11 @@ std::string renderPortConsumption(int port, Bytes a, std::string_view product, i
         return format("\tfd(%d) Main Board Port%d Power Consumption = %d W\n", fd, port,
                       byteAt(a, 0));
     if (kx19(product))
-        return framedBy(SEPT, format("\tfd(%d) Port %d Power Consumption = %d.%d W\n", fd, port,
-                                     byteAt(a, 0), byteAt(a, 1)));
-    return framedBy(SEPT,
-                    format("\tfd(%d) Port %d Power Consumption = %d W\n", fd, port, byteAt(a, 0)));
+        return framed(format("\tfd(%d) Port %d Power Consumption = %d.%d W\n", fd, port,
+                             byteAt(a, 0), byteAt(a, 1)),
+                      SEPT);
+    return framed(format("\tfd(%d) Port %d Power Consumption = %d W\n", fd, port, byteAt(a, 0)),
+                  SEPT);
 }
 
 std::string renderAllPortLink(Bytes a, std::string_view product, int fd) {
@@ -329,7 +328,7 @@ std::string renderAllPortLink(Bytes a, std::string_view product, int fd) {
     for (int port = 1; port <= count; ++port)
         s += format("\tfd(%d) Port %d Status : ", fd, port) +
              detectionClass(byteAt(a, port - 1), false);
-    return framedBy(SEPT46, s);
+    return framed(s, SEPT46);
 }
 
 std::string renderPowerBudgetStatus(Bytes a, std::string_view product, int fd) {
@@ -396,16 +395,16 @@ std::string renderLinkStatus(Bytes a, std::string_view product, int fd) {
     for (int port = 1; port <= 4; ++port)
         s += format("\tfd(%d) Lan Port %d Status : %s \n", fd, port,
                     (byteAt(a, 0) >> (port - 1) & 1) ? "Connected" : "Not Connected");
-    return framedBy(SEPT, s);
+    return framed(s, SEPT);
 }
 
 std::string renderLinkSpeed(Bytes a, std::string_view product, int fd) {
-    if (!isModel(product, {"KX39"})) return framedBy(SEPT, "");
+    if (!isModel(product, {"KX39"})) return framed("", SEPT);
     std::string s;
     for (int port = 1; port <= 4; ++port)
         s += format("\tfd(%d) Lan Port %d Speed : %s \n", fd, port,
                     SPEEDS[byteAt(a, 0) >> (2 * (port - 1)) & 3]);
-    return framedBy(SEPT, s);
+    return framed(s, SEPT);
 }
 
 }  // namespace poe
@@ -413,11 +412,6 @@ std::string renderLinkSpeed(Bytes a, std::string_view product, int fd) {
 using namespace poe;
 
 namespace {
-
-// Prints `text` and flushes before a pause, so the output keeps its order.
-void show(const std::string& text) {
-    print(text);
-}
 
 // A one-exchange device 11 GET after its banner.
 int bannerGet(int cmdIndex, char* funName, const char* name, std::span<const BYTE> request,
@@ -428,25 +422,14 @@ int bannerGet(int cmdIndex, char* funName, const char* name, std::span<const BYT
     return verdict;
 }
 
-// Reads a port, then on or off; false when the input ended.
-bool askPortAndSwitch(int count, const char* optionPrompt, bool separatorBefore, int* port,
-                      int* option) {
-    Menu portAsk = {nullptr, {}, 1, count, false, nullptr};
-    std::string prompt = format("Select which port to control(1~%d):", count);
-    portAsk.prompt = prompt.c_str();
-    if (!ask(portAsk, port)) return false;
-    static constexpr const char* SWITCH_OPTIONS[] = {"0. Power Off", "1. Power On"};
-    std::string title = format("=====          Port %d control          =====\n", *port);
-    Menu switchAsk = {nullptr, SWITCH_OPTIONS, 0, 1, false, optionPrompt};
-    print(title);
-    if (separatorBefore) {
-        print(renderMenu({nullptr, SWITCH_OPTIONS, 0, 1, false, nullptr}));
-        print(std::string(SEP44) + '\n' + optionPrompt);
-        if (!choose(option, 0, 1)) return false;
-    } else if (!ask(switchAsk, option)) {
-        return false;
-    }
-    return true;
+// Reads a port in 1..count, then on or off after the port's title; `rule` puts the 44-"="
+// separator before the option prompt. False when the input ended.
+bool askPortAndSwitch(int count, const char* optionPrompt, bool rule, int* port, int* option) {
+    print(format("Select which port to control(1~%d):", count));
+    if (!choose(port, 1, count)) return false;
+    print(format("=====          Port %d control          =====\n", *port) +
+          "0. Power Off\n1. Power On\n" + (rule ? std::string(SEP44) + '\n' : "") + optionPrompt);
+    return choose(option, 0, 1);
 }
 
 }  // namespace
@@ -465,7 +448,7 @@ int FUNC_PSE_TEMPERATURE(int cmdIndex, char* funName) {
         banner("PSE_TEMPERATURE");
         return runLoop(
             cmdIndex, funName, 6, [](int i) { return bytes({static_cast<BYTE>(i)}); }, 0,
-            [](int i, const Answer& a) { show(renderKx19Temperature(i, a.bytes, fd())); }, 2);
+            [](int i, const Answer& a) { print(renderKx19Temperature(i, a.bytes, fd())); }, 2);
     }
     bool main = kx73(product);
     return bannerGet(cmdIndex, funName, "PSE_TEMPERATURE", main ? bytes({0}) : bytes({}),
@@ -479,26 +462,23 @@ int FUNC_TOTAL_CONSUMPTION(int cmdIndex, char* funName) {
 }
 
 int FUNC_POWER_BUDGET(int cmdIndex, char* funName) {
-    return bannerGet(cmdIndex, funName, "POWER_BUDGET", {}, 1,
-                     [](Bytes a, std::string_view, int fd) {
-                         return framed(format("\tfd(%d) Power Budget = %d W\n", fd, byteAt(a, 0)),
-                                       "\t====================================");
-                     });
+    return bannerGet(
+        cmdIndex, funName, "POWER_BUDGET", {}, 1, [](Bytes a, std::string_view, int fd) {
+            return framed(format("\tfd(%d) Power Budget = %d W\n", fd, byteAt(a, 0)), SEPT);
+        });
 }
 
 int FUNC_PORT1_STATUS(int cmdIndex, char* funName) {
     return bannerGet(cmdIndex, funName, "PORT1_STATUS", {}, 1,
                      [](Bytes a, std::string_view, int fd) {
-                         return framed(named(PORT1_STATES, byteAt(a, 0), fd),
-                                       "\t====================================");
+                         return framed(named(PORT1_STATES, byteAt(a, 0), fd), SEPT);
                      });
 }
 
 int FUNC_PORT2_STATUS(int cmdIndex, char* funName) {
     return bannerGet(cmdIndex, funName, "PORT2_STATUS", {}, 1,
                      [](Bytes a, std::string_view, int fd) {
-                         return framed(named(PORT2_STATES, byteAt(a, 0), fd),
-                                       "\t====================================");
+                         return framed(named(PORT2_STATES, byteAt(a, 0), fd), SEPT);
                      });
 }
 
@@ -516,7 +496,7 @@ int FUNC_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
     if (count == 0) return 1;
     banner("PORT_POWER_CONSUMPTION");
     if (kx73(product)) {
-        show(std::string(SEPT) + '\n');
+        print(std::string(SEPT) + '\n');
         int verdict = runLoop(
             cmdIndex, funName, 4,
             [](int i) {
@@ -524,37 +504,37 @@ int FUNC_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
             },
             10,
             [product](int i, const Answer& a) {
-                show(renderPortConsumption(i + 1, a.bytes, product, fd()));
+                print(renderPortConsumption(i + 1, a.bytes, product, fd()));
             },
             1);
-        show(std::string(SEPT) + '\n');
+        print(std::string(SEPT) + '\n');
         return verdict;
     }
     return runLoop(
         cmdIndex, funName, count, [](int i) { return bytes({static_cast<BYTE>(i + 1)}); }, 100,
         [product](int i, const Answer& a) {
-            show(renderPortConsumption(i + 1, a.bytes, product, fd()));
+            print(renderPortConsumption(i + 1, a.bytes, product, fd()));
         },
         kx19(product) ? 2 : 1);
 }
 
 int FUNC_PORT_1_POWER_CONSUMPTION(int cmdIndex, char* funName) {
-    return bannerGet(cmdIndex, funName, "PORT_1_POWER_CONSUMPTION", {}, 1,
-                     [](Bytes a, std::string_view, int fd) {
-                         return framed(format("\tfd(%d) POE Port 1 Power Consumption = %d W\n", fd,
-                                              byteAt(a, 0)),
-                                       "\t====================================");
-                     });
+    return bannerGet(
+        cmdIndex, funName, "PORT_1_POWER_CONSUMPTION", {}, 1,
+        [](Bytes a, std::string_view, int fd) {
+            return framed(
+                format("\tfd(%d) POE Port 1 Power Consumption = %d W\n", fd, byteAt(a, 0)), SEPT);
+        });
 }
 
 int FUNC_PORT_2_POWER_CONSUMPTION(int cmdIndex, char* funName) {
     // This banner carries the handler's prefix, unlike its sibling's.
-    return bannerGet(cmdIndex, funName, "FUNC_PORT_2_POWER_CONSUMPTION", {}, 1,
-                     [](Bytes a, std::string_view, int fd) {
-                         return framed(format("\tfd(%d) POE Port 2 Power Consumption = %d W\n", fd,
-                                              byteAt(a, 0)),
-                                       "\t====================================");
-                     });
+    return bannerGet(
+        cmdIndex, funName, "FUNC_PORT_2_POWER_CONSUMPTION", {}, 1,
+        [](Bytes a, std::string_view, int fd) {
+            return framed(
+                format("\tfd(%d) POE Port 2 Power Consumption = %d W\n", fd, byteAt(a, 0)), SEPT);
+        });
 }
 
 int FUNC_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
@@ -564,12 +544,12 @@ int FUNC_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
         int verdict = runLoop(
             cmdIndex, funName, 6, [](int i) { return bytes({static_cast<BYTE>(i)}); }, 0,
             [](int i, const Answer& a) {
-                show(std::string(SEPT46) + '\n' +
-                     format("\tfd(%d) Port %d Status : ", fd(), i + 1) +
-                     kx19State(byteAt(a.bytes, 0)));
+                print(std::string(SEPT46) + '\n' +
+                      format("\tfd(%d) Port %d Status : ", fd(), i + 1) +
+                      kx19State(byteAt(a.bytes, 0)));
             },
             1);
-        show(std::string(SEPT46) + '\n');
+        print(std::string(SEPT46) + '\n');
         return verdict;
     }
     bool main = kx73(product);
@@ -592,13 +572,13 @@ int FUNC_PORT_POWER_CONTROL(int cmdIndex, char* funName) {
     int count = controlPortCount(product);
     if (count == 0) return 1;  // a model the control does not know
     banner("PORT_POWER_CONTROL");
-    show(std::string(SEP44) + '\n');
+    print(std::string(SEP44) + '\n');
     bool main = kx73(product);
-    if (main) show("Control Board\n");
+    if (main) print("Control Board\n");
     int port = 0, option = 0;
     if (!askPortAndSwitch(count, SELECT_QUESTION, !main, &port, &option)) return 0;
     if (main) {
-        show(std::string(SEP44) + '\n');
+        print(std::string(SEP44) + '\n');
         return exchange(cmdIndex, {0, static_cast<BYTE>(port), static_cast<BYTE>(option)},
                         Report::Get, funName)
             .verdict;
@@ -646,15 +626,15 @@ int perBoardPort(int cmdIndex, char* funName, const char* open, const char* clos
                  const std::function<std::string(int board, int index, const Answer&)>& render) {
     int verdict = 0;
     for (int board = 0; board < 2; ++board) {
-        show(std::string(open) + '\n');
+        print(std::string(open) + '\n');
         verdict = runLoop(
             cmdIndex, funName, 8,
             [board, firstPort](int i) {
                 return bytes({static_cast<BYTE>(board), static_cast<BYTE>(i + firstPort)});
             },
-            IP808_PAUSE, [board, &render](int i, const Answer& a) { show(render(board, i, a)); },
+            IP808_PAUSE, [board, &render](int i, const Answer& a) { print(render(board, i, a)); },
             need);
-        show(std::string(close) + '\n');
+        print(std::string(close) + '\n');
     }
     return verdict;
 }
@@ -664,10 +644,10 @@ int perBoardPort(int cmdIndex, char* funName, const char* open, const char* clos
 int FUNC_808_PSE_FW_VERSION(int cmdIndex, char* funName) {
     if (!kx73(productName())) return 0;
     return perBoard(cmdIndex, funName, [](int board, const Answer& a) {
-        show(framed(format(board ? "\tfd(%d) PSE Rear  Board FW Version = %d\n"
-                                 : "\tfd(%d) PSE Front Board FW Version = %d\n",
-                           fd(), byteAt(a.bytes, 0)),
-                    SEPT));
+        print(framed(format(board ? "\tfd(%d) PSE Rear  Board FW Version = %d\n"
+                                  : "\tfd(%d) PSE Front Board FW Version = %d\n",
+                            fd(), byteAt(a.bytes, 0)),
+                     SEPT));
     });
 }
 
@@ -682,17 +662,17 @@ int FUNC_808_PSE_TEMPERATURE(int cmdIndex, char* funName) {
 int FUNC_808_TOTAL_CONSUMPTION(int cmdIndex, char* funName) {
     if (!kx73(productName())) return 0;
     return perBoard(cmdIndex, funName, [](int board, const Answer& a) {
-        show(framed(format(board ? "\tfd(%d) Rear Board Total Consumption = %d(W)\n"
-                                 : "\tfd(%d) Front Board Total Consumption = %d(W)\n",
-                           fd(), byteAt(a.bytes, 0)),
-                    SEPT));
+        print(framed(format(board ? "\tfd(%d) Rear Board Total Consumption = %d(W)\n"
+                                  : "\tfd(%d) Front Board Total Consumption = %d(W)\n",
+                            fd(), byteAt(a.bytes, 0)),
+                     SEPT));
     });
 }
 
 int FUNC_808_PORT_STATUS(int cmdIndex, char* funName) {
     if (!kx73(productName())) return 0;
     return perBoard(cmdIndex, funName, [](int board, const Answer& a) {
-        show(render808PortStatus(board, a.bytes, fd()));
+        print(render808PortStatus(board, a.bytes, fd()));
     });
 }
 
@@ -714,7 +694,7 @@ int FUNC_808_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
 
 int FUNC_808_PORT_POWER_CONTROL(int cmdIndex, char* funName) {
     if (!kx73(productName())) return 0;
-    show(std::string(SEP44) + '\n');
+    print(std::string(SEP44) + '\n');
     int board = 0, port = 0, option = 0;
     if (!ask({nullptr, {}, 0, 1, false, "Select which Board to control(0: Front, 1:Rear):"},
              &board))
@@ -722,7 +702,7 @@ int FUNC_808_PORT_POWER_CONTROL(int cmdIndex, char* funName) {
     // The option prompt is spelt so on these boards.
     if (!askPortAndSwitch(8, "Select which option you wnat to do:", false, &port, &option))
         return 0;
-    show(std::string(SEP44) + '\n');
+    print(std::string(SEP44) + '\n');
     return exchange(cmdIndex,
                     {static_cast<BYTE>(board), static_cast<BYTE>(port), static_cast<BYTE>(option)},
                     Report::Get, funName)
@@ -767,10 +747,10 @@ int FUNC_IP8008_GET_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
         },
         IP8008_PAUSE,
         [](int i, const Answer& a) {
-            show(framed(format("fd(%d) Port %d Integer Power Consumption = %d. (Unit: W)\n", fd(),
-                               i + 1, byteAt(a.bytes, 0)) +
-                        format("fd(%d) Port %d Fract Power Consumption = %d. (Unit: W)\n", fd(),
-                               i + 1, byteAt(a.bytes, 1))));
+            print(framed(format("fd(%d) Port %d Integer Power Consumption = %d. (Unit: W)\n", fd(),
+                                i + 1, byteAt(a.bytes, 0)) +
+                         format("fd(%d) Port %d Fract Power Consumption = %d. (Unit: W)\n", fd(),
+                                i + 1, byteAt(a.bytes, 1))));
         },
         2);
 }
@@ -778,14 +758,14 @@ int FUNC_IP8008_GET_PORT_POWER_CONSUMPTION(int cmdIndex, char* funName) {
 int FUNC_IP8008_GET_ALL_PORT_LINK_STATUS(int cmdIndex, char* funName) {
     int count = ip8008PortCount(productName());
     if (count == 0) return 0;
-    show(std::string(SEPT46) + '\n');
+    print(std::string(SEPT46) + '\n');
     int verdict = runLoop(
         cmdIndex, funName, count,
         [](int i) {
             return bytes({0, static_cast<BYTE>(i)});
         },
-        IP8008_PAUSE, [](int i, const Answer& a) { show(renderIp8008Link(i, a.bytes)); }, 1);
-    show(std::string(SEPT46) + '\n');
+        IP8008_PAUSE, [](int i, const Answer& a) { print(renderIp8008Link(i, a.bytes)); }, 1);
+    print(std::string(SEPT46) + '\n');
     return verdict;
 }
 
@@ -795,11 +775,11 @@ int FUNC_IP8008_SET_PORT_POWER_CONTROL(int cmdIndex, char* funName) {
     // so no answer is accepted and the prompt repeats until the input ends.
     BYTE selector = isModel(product, {"KX57"}) ? 1 : 0;
     int count = ip8008PortCount(product);
-    show(std::string(SEP44) + '\n');
+    print(std::string(SEP44) + '\n');
     int port = 0, option = 0;
     if (!askPortAndSwitch(count, "Select which option you wnat to do:", false, &port, &option))
         return 0;
-    show(std::string(SEP44) + '\n');
+    print(std::string(SEP44) + '\n');
     return exchange(cmdIndex, {selector, static_cast<BYTE>(port), static_cast<BYTE>(option)},
                     Report::Ack, funName)
         .verdict;
@@ -812,7 +792,7 @@ int FUNC_GET_CHIPID(int cmdIndex, char* funName) {
                      [](Bytes a, std::string_view, int fd) {
                          return framed(format("\tfd(%d) MSB Chip ID = %d\n", fd, byteAt(a, 0)) +
                                            format("\tfd(%d) LSB Chip ID = %d\n", fd, byteAt(a, 1)),
-                                       "\t====================================");
+                                       SEPT);
                      });
 }
 
