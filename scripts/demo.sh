@@ -41,6 +41,10 @@ echo "10790" | run "$BIN/brdcmd" FM_SET_FREQ
 echo
 run "$BIN/brdcmd" FM_SEEK_UP
 
+step "brdcmd: a peripheral group, the smart battery (discharging), then the PoE ports one by one"
+run "$BIN/brdcmd" ST_BKP_GET_01_01_BACKUP_BATTERY_STATUS
+run "$BIN/brdcmd" ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION
+
 step "brdflash: a firmware image for the system MCU (vector table, model tag at 0x0800F000)"
 {
     printf '\x00\x50\x00\x20\x01\x42\x00\x08'        # stack at the top of RAM, reset handler
