@@ -163,7 +163,8 @@ int FUNC_TPMS_GET_REALTIME_CALLBACK_DATA_FROM_MCU(int cmdIndex, char* funName) {
         g_watch.count = nWheelNumber;
     }
     auto previousCallback = callback_EventToLibrary.exchange(showRecord);
-    // No request is outstanding on this link while the handler waits.
+    // The wait sends nothing, so it sets the type itself rather than through an exchange;
+    // no request is outstanding on the CAN link while a handler runs.
     int previousType = link->mcuType.exchange(MCU_TYPE_CUSTOMISE);
 
     core::printText(core::strprintf("mcuType = %d\n", MCU_TYPE_CUSTOMISE));
