@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -12,9 +13,9 @@
 #include <tuple>
 #include <vector>
 
-namespace brdsim {
+#include "bootloader.h"
 
-using Bytes = std::vector<uint8_t>;
+namespace brdsim {
 
 // What can go wrong with the answer to the next request(s).
 enum class FaultKind {
@@ -49,6 +50,27 @@ class Simulator {
     Simulator(const Simulator&) = delete;
     Simulator& operator=(const Simulator&) = delete;
 
+    // Paces both directions as a serial line at `baud` would (10 bits a byte; 0: no
+    // pacing). Call before start().
+    void setLineRate(long baud);
+    // Requests for `device` are answered by `handler` (command, address, data -> answer
+    // data) instead of the register model. Call before start().
+    using DeviceHandler = std::function<Bytes(uint8_t, uint8_t, const Bytes&)>;
+    void setDeviceHandler(uint8_t device, DeviceHandler handler);
+    // Serves another controller type instead of the system MCU: frames run from
+    // `start` to `end` with `escape` stuffing, and `handler` gets each frame unstuffed
+    // (start and end codes included) and returns the bytes to write back (framed, or
+    // empty). Call before start().
+    struct Framing {
+        uint8_t start, end, escape;
+    };
+    using FrameHandler = std::function<Bytes(const Bytes&)>;
+    void setFrameHandler(Framing framing, FrameHandler handler);
+    // While `active` returns true, frames use `framing` instead (set before start()).
+    void setAltFraming(Framing framing, std::function<bool()> active);
+    // Bytes waiting for the line (what the MCU has queued and not yet sent).
+    size_t backlog() const;
+
     // Opens the pseudo-terminal and starts serving it. False (with errno) on failure.
     bool start();
     void stop();
@@ -82,6 +104,11 @@ class Simulator {
     bool waitForRequests(size_t n, int timeoutMs) const;
     // True once a HangUp fault has closed the line.
     bool hungUp() const;
+    // The system MCU's boot loader and flash (IAP rows, device 3).
+    BootLoader& bootLoader();
+    // Bytes the simulator took from the line and wrote to it since start.
+    uint64_t bytesReceived() const;
+    uint64_t bytesSent() const;
 
    private:
     struct Impl;
@@ -102,7 +129,9 @@ Bytes encodeStCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, co
 bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, Bytes* out);
 
 // Writes DIR/<product>.conf naming `ptyPath` as the MCU device; returns the file path.
+// `canPtys` become enabled CAN_DEVICE lines, in order.
 std::string writeConfig(const std::string& dir, const std::string& product,
-                        const std::string& ptyPath, int debugLevel = 0);
+                        const std::string& ptyPath, int debugLevel = 0,
+                        const std::vector<std::string>& canPtys = {});
 
 }  // namespace brdsim
