@@ -134,3 +134,37 @@ int FUNC_FM_SET_FLASH(int cmdIndex, char* funName) {
 int FUNC_FM_LOAD_DEFAULT(int cmdIndex, char* funName) {
     return runFm(fm::LOAD_DEFAULT_ROW, cmdIndex, funName);
 }
+
+namespace {
+
+// An FM row's render in the shape the row checks take (the request's command byte fixed).
+template <const fm::Row& R, BYTE COMMAND>
+std::string renderOf(std::span<const BYTE> answer, int fd, const char* product) {
+    return fm::renderAnswer(R, answer, {COMMAND, 8750}, fd, "FM").out;
+}
+
+// clang-format off
+const shapes::RenderRef RENDERS[] = {
+    {FUNC_FM_POWER_ON_OFF, renderOf<fm::POWER_ROW, 0x80>},
+    {FUNC_FM_CONFIG, renderOf<fm::CONFIG_ROW, 0x82>},
+    {FUNC_FM_SET_VOLUME, renderOf<fm::VOLUME_ROW, 0x84>},
+    {FUNC_FM_SET_MUTE, renderOf<fm::MUTE_ROW, 0x86>},
+    {FUNC_FM_SET_FREQ, renderOf<fm::FREQUENCY_ROW, 0x88>},
+    {FUNC_FM_AUTO_SCAN, renderOf<fm::AUTO_SCAN_ROW, 0x8A>},
+    {FUNC_FM_RDS_STATUS, renderOf<fm::RDS_STATUS_ROW, 0x8C>},
+    {FUNC_FM_GET_PID, renderOf<fm::PID_ROW, 0x8E>},
+    {FUNC_FM_GET_PS, renderOf<fm::PS_ROW, 0x90>},
+    {FUNC_FM_GET_RDS, renderOf<fm::RDS_ROW, 0x92>},
+    {FUNC_FM_SEEK_UP, renderOf<fm::SEEK_UP_ROW, 0x94>},
+    {FUNC_FM_SEEK_DOWN, renderOf<fm::SEEK_DOWN_ROW, 0x96>},
+    {FUNC_FM_AUDIO_SWITCH, renderOf<fm::AUDIO_ROW, 0x98>},
+    {FUNC_FM_GET_VOICE, renderOf<fm::VOICE_ROW, 0x9A>},
+    {FUNC_FM_GET_FM_ZONE, renderOf<fm::ZONE_ROW, 0x9C>},
+    {FUNC_FM_SET_FLASH, renderOf<fm::FLASH_ROW, 0x00>},
+    {FUNC_FM_LOAD_DEFAULT, renderOf<fm::LOAD_DEFAULT_ROW, 0x00>},
+};
+// clang-format on
+
+}  // namespace
+
+const std::span<const shapes::RenderRef> fm::renders = RENDERS;

@@ -2,7 +2,9 @@
 // row's frame as held in the system-MCU link's pool, with the user's value patched in.
 #pragma once
 
-typedef unsigned char BYTE;
+#include <span>
+
+#include "shapes/rows.h"
 
 // The module's current frequency, low and high byte (10 kHz units), kept across a run:
 // 87.50 MHz at start, set by FM_SET_FREQ, moved by every successful seek.
@@ -27,3 +29,8 @@ int FUNC_FM_GET_VOICE(int cmdIndex, char* funName);
 int FUNC_FM_GET_FM_ZONE(int cmdIndex, char* funName);
 int FUNC_FM_SET_FLASH(int cmdIndex, char* funName);
 int FUNC_FM_LOAD_DEFAULT(int cmdIndex, char* funName);
+
+namespace fm {
+// Each FM handler with its answer's render, for the checks that walk every row.
+extern const std::span<const shapes::RenderRef> renders;
+}  // namespace fm
