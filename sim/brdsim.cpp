@@ -123,6 +123,7 @@ struct Simulator::Impl {
     std::map<std::pair<uint8_t, uint8_t>, Bytes> registers;
     std::map<Bytes, Bytes> remembered;  // peripheral registers picked by request data
     std::deque<Fault> faults;
+    RecordMap records;  // the system MCU's indexed records
     std::vector<Request> log;
     Bytes lineIn;  // every byte the host wrote, up to MAX_LINE_LOG
     FmState fm;
@@ -222,6 +223,7 @@ struct Simulator::Impl {
     Bytes answerData(const Request& r) {
         auto a = answers.find({r.device, r.command, r.address});
         if (a != answers.end()) return a->second;
+        if (Bytes d; systemRecordAnswer(product, r, records, registers, &d)) return d;
         Bytes picked;
         if (peripheralAnswer(product, remembered, r, &picked)) return picked;
         if (r.command == CMD_SET) {

@@ -144,6 +144,19 @@ Bytes encodeStCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, co
 // `product` may carry the trailing line end of a detected product name.
 bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, Bytes* out);
 
+// The register model: what a GET of (device, address) reads after a SET.
+using RegisterMap = std::map<std::pair<uint8_t, uint8_t>, Bytes>;
+// Records chosen by an index byte: (record family, index) -> the record's bytes.
+using RecordMap = std::map<std::tuple<uint8_t, uint8_t>, Bytes>;
+
+// The system MCU's power, version, identity, I/O, fan and radio defaults (defaultAnswer
+// asks it first).
+bool systemDefaultAnswer(const std::string& product, uint8_t device, uint8_t address, Bytes* out);
+// Requests the plain register model cannot answer: records chosen by an index byte and
+// SETs that change one byte of a register. True with the answer when `r` is one of them.
+bool systemRecordAnswer(const std::string& product, const Request& r, RecordMap& records,
+                        RegisterMap& registers, Bytes* out);
+
 // Writes DIR/<product>.conf naming `ptyPath` as the MCU device; returns the file path.
 // `canPtys` become enabled CAN_DEVICE lines, in order.
 std::string writeConfig(const std::string& dir, const std::string& product,

@@ -23,19 +23,9 @@ Bytes text(const char* s) {
 // Product rows come before the row for every product of the same register.
 const std::vector<DefaultRow>& table() {
     static const std::vector<DefaultRow> rows = {
-        // MCU version: the letter and number sit at the end of the answer; models with a
-        // 7-byte answer carry them in bytes 5 and 6, the others in bytes 7 and 8.
-        {"KX73 KX35", 0x00, 0x01, {'S', 'T', '3', '2', 'F', 'R', 7}},
-        {nullptr, 0x00, 0x01, {'S', 'T', '3', '2', 'F', '1', ' ', 'R', 7}},
-        {nullptr, 0x00, 0x02, {'A'}},  // hardware version letter
-        {nullptr, 0x00, 0x03, {3}},    // DTP version
-        {nullptr, 0x00, 0x04, {2}},    // boot loader version
-        // Event log: first and last event (year, month, day, hour, minute, second), then
-        // start-up, shut-down, over- and low-voltage counters, four bytes each.
-        {"KX58 KX35", 0x00, 0x05, {24, 1, 15, 8, 0, 0, 24, 6, 30, 17, 45, 10, 42, 0, 0, 0,
-                                   41, 0, 0,  0, 0, 0, 0,  0, 1,  0,  0,  0,  0,  0, 0, 0}},
-        {nullptr, 0x00, 0x05, {24, 1, 15, 8, 0, 0, 24, 6, 30, 17, 45, 10, 42, 0,
-                               0,  0, 41, 0, 0, 0, 0,  0, 0,  0,  1,  0,  0,  0}},
+        {nullptr, 0x00, 0x02, {'A'}},   // hardware version letter
+        {nullptr, 0x00, 0x03, {3}},     // DTP version
+        {nullptr, 0x00, 0x04, {2}},     // boot loader version
         {nullptr, 0x00, 0x06, {0x03}},  // WWAN slot pins both high
         {nullptr, 0x00, 0x07, {1}},     // OS control: auto reboot
         {nullptr, 0x00, 0x0A, {1}},     // ignition on
@@ -117,6 +107,7 @@ bool listed(const char* products, const std::string& model) {
 }  // namespace
 
 bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, Bytes* out) {
+    if (systemDefaultAnswer(product, device, address, out)) return true;
     std::string model = product;
     while (!model.empty() && (model.back() == '\n' || model.back() == ' ')) model.pop_back();
     for (const DefaultRow& r : table()) {
