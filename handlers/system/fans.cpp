@@ -1,6 +1,8 @@
 // Fan duty values and speeds, the two SP339A transceivers' modes and the front-panel key
 // lock: the per-product layouts and packed bytes.
+#include "system_bespoke.h"
 #include "system_renders.h"
+#include "system_steps.h"
 
 namespace sysrender {
 
@@ -82,3 +84,126 @@ std::string renderKeyLock(const Answer& a) {
 }
 
 }  // namespace sysrender
+
+// ---------------------------------------------------------------- handlers
+
+using namespace sysflow;
+using sysrender::format;
+
+namespace {
+
+constexpr const char* FAN_PROMPT = "Range 0-100, OFF=0, ON=1-100: ";
+
+struct FanStep {
+    const char* title;
+    size_t at;  // the request byte it fills
+};
+
+// One per-key lock menu, read without a prompt line; On sets `bit`.
+struct KeyMenu {
+    const char* title;
+    const char* off;
+    const char* on;
+    int bit;
+};
+const KeyMenu VOLUME_KEY = {"========                Volume Key Lock                ========",
+                            "0. Volume Key Lock Off", "1. Volume Key Lock On", 0};
+const KeyMenu BACKLIGHT_KEY = {"========                backlight Key Lock                ========",
+                               "0. backlight Key Lock Off", "1. backlight Key Lock On", 1};
+const KeyMenu MUTE_KEY = {"========                MUTE Key Lock                ========",
+                          "0. MUTE Key Lock Off", "1. MUTE Key Lock On", 2};
+const KeyMenu FUNCTION_KEY = {"========                Function Key Lock                ========",
+                              "0. Function Key Lock Off", "1. Function Key Lock On", 3};
+
+bool askKeys(std::initializer_list<const KeyMenu*> menus, Byte* bits) {
+    for (const KeyMenu* m : menus) {
+        int on = 0;
+        if (!ask(menuText(m->title, {m->off, m->on}, nullptr, NO_PROMPT), 0, 1, &on)) return false;
+        if (on) *bits |= static_cast<Byte>(1 << m->bit);
+    }
+    return true;
+}
+
+}  // namespace
+
+int FUNC_ST_SYSTEM_GET_FAN_VALUE(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderFanValue);
+}
+
+int FUNC_ST_SYSTEM_SET_FAN_VALUE_CONTROL(int cmdIndex, char* funName) {
+    static const FanStep OTHERS[] = {
+        {"========            Set CPU FAN Value           ========", 0},
+        {"========            Set TOP FAN Value           ========", 1},
+        {"========            Set FAN KIT Value           ========", 2}};
+    // Fewer blanks before the closing run of the graphics title, as it stands.
+    static const FanStep KX64[] = {{"========            Set POE FAN Value           ========", 1},
+                                   {"========            Set GRAPHICS FAN Value      ========", 2}};
+    std::span<const FanStep> steps =
+        productIs({"KX64"}) ? std::span<const FanStep>(KX64) : std::span<const FanStep>(OTHERS);
+    Byte request[3] = {};
+    for (const FanStep& step : steps) {
+        int value = 0;
+        if (!ask(menuText(step.title, {}, NO_RULE, FAN_PROMPT), 0, 100, &value)) return 0;
+        request[step.at] = static_cast<Byte>(value);
+    }
+    return set(cmdIndex, funName, request);
+}
+
+int FUNC_ST_SYSTEM_GET_FAN_RPM(int cmdIndex, char* funName) {
+    // The speeds are read whatever the answer's length.
+    return get(cmdIndex, funName, sysrender::renderFanRpm, {}, Warn::Never);
+}
+
+int FUNC_ST_SYSTEM_GET_SP339A_MODE(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderSp339aMode);
+}
+
+int FUNC_ST_SYSTEM_SET_SP339A_MODE(int cmdIndex, char* funName) {
+    Byte mode = 0;
+    for (int n = 1; n <= 2; ++n) {
+        int line = 0, terminal = 0;
+        std::string modeMenu = menuText(
+            format("========        Set SP339A-%d Mode Control        ========", n).c_str(),
+            {format("0. SP339A-%d Loop Back Mode.", n).c_str(),
+             format("1. SP339A-%d RS232 Mode.", n).c_str(),
+             format("2. SP339A-%d RS485 Mode.", n).c_str(),
+             format("3. SP339A-%d RS422 Mode.", n).c_str()});
+        if (!ask(modeMenu, 0, 3, &line)) return 0;
+        std::string terminalMenu = menuText(
+            format("========        Set SP339A-%d terminal Control        ========", n).c_str(),
+            {format("0. SP339A-%d terminal off.", n).c_str(),
+             format("1. SP339A-%d terminal on.", n).c_str()});
+        if (!ask(terminalMenu, 0, 1, &terminal)) return 0;
+        int shift = n == 1 ? 0 : 4;
+        mode |= static_cast<Byte>((line | terminal << 2) << shift);
+    }
+    const Byte request[] = {mode};
+    return set(cmdIndex, funName, request);
+}
+
+int FUNC_ST_SYSTEM_GET_KEY_LOCK_STATUS(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderKeyLock);
+}
+
+int FUNC_ST_SYSTEM_SET_KEY_LOCK_CONTROL(int cmdIndex, char* funName) {
+    Byte bits = 0;
+    bool answered = false;
+    if (productIs({"KX30"})) {
+        answered = askKeys({&VOLUME_KEY, &BACKLIGHT_KEY, &MUTE_KEY}, &bits);
+    } else if (productIs({"KX35", "KX34"})) {
+        answered = askKeys({&VOLUME_KEY, &BACKLIGHT_KEY, &MUTE_KEY, &FUNCTION_KEY}, &bits);
+    } else {
+        // The code chosen here is replaced by the volume-lock bit alone: options 2 and 3
+        // are marked unusable for that reason. Kept on purpose.
+        int code = 0;
+        answered = ask(menuText("========                Key Lock                ========",
+                                {"0. Unlock Volume key and Backlight key", "1. Lock Volume key",
+                                 "2. Lock Backlight key (Unusable)",
+                                 "3. Lock Volume key and Backlight key (Unusable)"}),
+                       0, 3, &code) &&
+                   askKeys({&VOLUME_KEY}, &bits);
+    }
+    if (!answered) return 0;
+    const Byte request[] = {bits};
+    return set(cmdIndex, funName, request);
+}

@@ -1,7 +1,9 @@
 // Digital I/O lines (MDIO/GPIO direction, MDO/MDI levels, GPI active level, GPO pull-up),
 // G-sensor registers and the stored iButton and RFID keys: per-product line counts, bit
 // masks and request packing.
+#include "system_bespoke.h"
 #include "system_renders.h"
+#include "system_steps.h"
 
 namespace sysrender {
 
@@ -169,3 +171,278 @@ std::array<Byte, 15> rfidRequest(unsigned index, std::string_view text) {
 }
 
 }  // namespace sysrender
+
+// ---------------------------------------------------------------- handlers
+
+using namespace sysflow;
+using sysrender::format;
+
+namespace {
+
+int setOneByte(int cmdIndex, char* funName, Byte value) {
+    const Byte request[] = {value};
+    return set(cmdIndex, funName, request);
+}
+
+// Menus for lines 1..count, each answer 1 setting the line's bit; an answer of `exit`
+// (when not negative) ends the questions. False when the input ended.
+bool askLineBits(int count, std::string (*menuOf)(int line), int max, int exit, Byte* bits) {
+    for (int n = 1; n <= count; ++n) {
+        int choice = 0;
+        if (!ask(menuOf(n), 0, max, &choice)) return false;
+        if (choice == exit) break;
+        if (choice == 1) *bits |= static_cast<Byte>(1 << (n - 1));
+    }
+    return true;
+}
+
+// A hexadecimal index: read until it is below `limit` (a GET takes text that is not
+// hexadecimal as index 0). `tooBig` is printed for an index out of range.
+bool askIndexForGet(const char* prompt, unsigned long limit, const char* tooBig,
+                    unsigned long* index) {
+    for (;;) {
+        print(std::string("\n") + prompt);
+        unsigned long v = 0;
+        Hex h = readHex(&v);
+        if (h == Hex::Ended) return false;
+        if (h == Hex::NotHex) v = 0;
+        if (v < limit) {
+            *index = v;
+            return true;
+        }
+        print(std::string(tooBig) + "\n");
+    }
+}
+
+// A hexadecimal value for a SET: text that is not hexadecimal is refused and asked again;
+// `echo` (a format of one %#x) is printed with each value read.
+bool askHexForSet(const std::string& prompt, const char* echo, unsigned long* value) {
+    for (;;) {
+        print(prompt);
+        Hex h = readHex(value);
+        if (h == Hex::Ended) return false;
+        if (h == Hex::Value) {
+            if (echo) print(format(echo, static_cast<unsigned>(*value)));
+            return true;
+        }
+        print("Input Error !!! Please input a number.\n");
+    }
+}
+
+// A SET key index: below `limit`, else `tooBig` and the prompt again.
+bool askKeyIndex(const char* prompt, const char* echo, unsigned long limit, const char* tooBig,
+                 unsigned long* index) {
+    for (;;) {
+        if (!askHexForSet(prompt, echo, index)) return false;
+        if (*index < limit) return true;
+        print(std::string(tooBig) + "\n");
+    }
+}
+
+const sysrender::ModelSet PULLUP_DEFAULT_MODELS = {"KX74", "KX12", "KX07", "KX17", "KX18",
+                                                   "KX20", "KX56", "KX57", "KX71", "KX19"};
+
+}  // namespace
+
+int FUNC_ST_SYSTEM_GET_MDIO_MODE_STATUS(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderMdioMode);
+}
+
+int FUNC_ST_SYSTEM_SET_MDIO_MODE_CONTROL(int cmdIndex, char* funName) {
+    // Up to seven lines may be set although the status shows five: kept as it is.
+    int count = 0;
+    if (!ask(
+            menuText("========\t\tMDIO Control \t\t========", {}, NO_RULE, "Set MDIO Count (1-7):"),
+            1, 7, &count))
+        return 0;
+    Byte bits = 0;
+    if (!askLineBits(
+            count,
+            [](int n) {
+                return menuText(format("========\t\tMDIO %d Control \t========", n).c_str(),
+                                {"0. Input", "1. Output", "2. Exit"});
+            },
+            2, 2, &bits))
+        return 0;
+    return setOneByte(cmdIndex, funName, bits);
+}
+
+int FUNC_ST_SYSTEM_GET_GPIO_MODE_STATUS(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderGpioMode);
+}
+
+int FUNC_ST_SYSTEM_SET_GPIO_MODE_CONTROL(int cmdIndex, char* funName) {
+    Byte bits = 0;
+    if (!askLineBits(
+            8,
+            [](int n) {
+                return menuText(format("========\t\tGPIO %d Control \t========", n).c_str(),
+                                {"0. Disable (Default)", "1. Enable", "2. Exit"});
+            },
+            2, 2, &bits))
+        return 0;
+    return setOneByte(cmdIndex, funName, bits);
+}
+
+int FUNC_ST_SYSTEM_GET_GPI_ACTIVE_MODE(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderGpiActiveMode);
+}
+
+int FUNC_ST_SYSTEM_SET_GPI_ACTIVE_MODE(int cmdIndex, char* funName) {
+    int low12 = 0, low34 = 0;
+    if (!ask(menuText("========\t\tGPI12 Active mode Control \t\t========",
+                      {"0. Active Low", "1. Active High"}),
+             0, 1, &low12) ||
+        !ask(menuText("========\t\tGPI34 Active mode Control \t\t========",
+                      {"0. Active Low", "1. Active High"}),
+             0, 1, &low34))
+        return 0;
+    return setOneByte(cmdIndex, funName, static_cast<Byte>(low12 | low34 << 1));
+}
+
+int FUNC_ST_SYSTEM_GET_GPO_PULLUP_MODE(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderGpoPullupMode);
+}
+
+int FUNC_ST_SYSTEM_SET_GPO_PULLUP_MODE(int cmdIndex, char* funName) {
+    const char* internal = productIs(PULLUP_DEFAULT_MODELS) ? "0. Internal pull high (default)"
+                                                            : "0. Internal pull high";
+    int external12 = 0, external34 = 0;
+    if (!ask(menuText("========\t\tGPO12 Pull up Control \t\t========",
+                      {internal, "1. External pull high"}),
+             0, 1, &external12) ||
+        !ask(menuText("========\t\tGPO34 Pull up Control \t\t========",
+                      {internal, "1. External pull high"}),
+             0, 1, &external34))
+        return 0;
+    return setOneByte(cmdIndex, funName, static_cast<Byte>(external12 | external34 << 1));
+}
+
+int FUNC_ST_SYSTEM_GET_MDO_STATUS(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderMdoStatus);
+}
+
+int FUNC_ST_SYSTEM_GET_MDI_STATUS(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderMdiStatus);
+}
+
+int FUNC_ST_SYSTEM_SET_MDO_CONTROL(int cmdIndex, char* funName) {
+    int count = sysrender::mdoControlLines(product());
+    if (count == 0 && !ask(menuText("========\tGPO/MDO Control \t\t========", {}, NO_RULE,
+                                    "Set GPO or MDO Count (1-7):"),
+                           1, 7, &count))
+        return 0;
+    Byte bits = 0;
+    if (!askLineBits(
+            count,
+            [](int n) {
+                return menuText(format("========\tGPO/MDO Control - MDO%d\t\t========", n).c_str(),
+                                {format("0. MDO%d Pin to Low", n).c_str(),
+                                 format("1. MDO%d Pin to High", n).c_str()});
+            },
+            1, -1, &bits))
+        return 0;
+    return setOneByte(cmdIndex, funName, bits);
+}
+
+int FUNC_ST_SYSTEM_GET_GSENSOR_DATA(int cmdIndex, char* funName) {
+    unsigned long index = 0;
+    if (!askIndexForGet("Input Register Index 0x(00-39) : ", 0x3A,
+                        "Input Register Index error !!! Please try again.", &index))
+        return 0;
+    const Byte request[] = {static_cast<Byte>(index), 1};
+    Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
+    if (r.verdict != 1) return r.verdict;
+    sysrender::Answer a(r.bytes(), product(), fd());
+    std::string text = sysrender::renderGsensor(static_cast<unsigned>(index), a);
+    warnShort(funName, a.size(), a.needed());
+    print(text);
+    return 1;
+}
+
+int FUNC_ST_SYSTEM_SET_G_SENSOR_DATA(int cmdIndex, char* funName) {
+    print(
+        "===================Set G-Sensor Data====================\n"
+        "index 1D,1E,1F,20~2A,2C~2F,31,38 can be set.\n" +
+        std::string(RULE56) + "\n");
+    unsigned long index = 0, value = 0;
+    for (;;) {
+        if (!askHexForSet("Input G-Sensor Register Index : ", "Register Index = %#x\n", &index))
+            return 0;
+        if (sysrender::gsensorWritable(static_cast<unsigned>(index))) break;
+        print("Input G-Sensor Register Index error !!! Please input again.\n");
+    }
+    if (!askHexForSet("Input G-Sensor Data is 0x(00-FF) : ", "Register Data = %#x\n", &value))
+        return 0;
+    const Byte request[] = {static_cast<Byte>(index), 1, static_cast<Byte>(value)};
+    int verdict = set(cmdIndex, funName, request);
+    print(std::string(RULE56) + "\n");
+    return verdict;
+}
+
+int FUNC_ST_SYSTEM_GET_I_BUTTON_KEY(int cmdIndex, char* funName) {
+    unsigned long index = 0;
+    if (!askIndexForGet("Input iButton Key Index 0x(00-31) : ", 0x32,
+                        "Input iButton Key Index error !!! Please try again.", &index))
+        return 0;
+    const Byte request[] = {static_cast<Byte>(index), 1};
+    Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
+    if (r.verdict != 1) return r.verdict;
+    print(sysrender::renderIButtonKey(static_cast<unsigned>(index),
+                                      sysrender::Answer(r.bytes(), product(), fd())));
+    return 1;
+}
+
+int FUNC_ST_SYSTEM_SET_I_BUTTON_KEY(int cmdIndex, char* funName) {
+    print("=================Set I-Button Key Data==================\n");
+    unsigned long index = 0, family = 0, crc = 0;
+    if (!askKeyIndex("Input I-Button Key Index is 0x(00-09) : ", "I-Button Key Index = %#x\n", 0x0A,
+                     "Input I-Button Key error !!! Please input again.", &index) ||
+        !askHexForSet("Input I-Button Family is 0x(00-FF) : ", nullptr, &family))
+        return 0;
+    std::array<unsigned, 6> codes{};
+    for (int i = 0; i < 6; ++i) {
+        unsigned long code = 0;
+        if (!askHexForSet(format("Input I-Button Unique Code %d is 0x(00-FF) : ", i + 1), nullptr,
+                          &code))
+            return 0;
+        codes[static_cast<size_t>(i)] = static_cast<unsigned>(code);
+    }
+    if (!askHexForSet("Input I-Button CRC is 0x(00-FF) : ", nullptr, &crc)) return 0;
+    return set(
+        cmdIndex, funName,
+        sysrender::iButtonRequest(static_cast<unsigned>(index), static_cast<unsigned>(family),
+                                  codes, static_cast<unsigned>(crc)));
+}
+
+int FUNC_ST_SYSTEM_GET_RFID_KEY(int cmdIndex, char* funName) {
+    unsigned long index = 0;
+    if (!askIndexForGet("Input RFID Key Index 0x(00-09) : ", 0x0A,
+                        "Input RFID Key Index error !!! Please try again.", &index))
+        return 0;
+    const Byte request[] = {static_cast<Byte>(index), 1};
+    Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
+    if (r.verdict != 1) return r.verdict;
+    print(sysrender::renderRfidKey(static_cast<unsigned>(index),
+                                   sysrender::Answer(r.bytes(), product(), fd())));
+    return 1;
+}
+
+int FUNC_ST_SYSTEM_SET_RFID_KEY(int cmdIndex, char* funName) {
+    print("========\t\tRFID Key Data\t \t========\n");
+    unsigned long index = 0;
+    if (!askKeyIndex("Input RFID Key Index is 0x(00-09) : ", "RFID Key Index = %#x\n", 0x0A,
+                     "Input RFID Key error !!! Please input again.", &index))
+        return 0;
+    // Two blanks after the comma, as the text stands.
+    print("Input RFID Key Data,  total 10 character. (0123456789) : ");
+    std::string text;
+    if (!readWord(10, &text)) return 0;
+    auto request = sysrender::rfidRequest(static_cast<unsigned>(index), text);
+    std::string echo;
+    for (size_t i = 0; i < request.size(); ++i) echo += format("data[%zu] = %#x\n", i, request[i]);
+    print(echo);
+    int verdict = set(cmdIndex, funName, request);
+    print(std::string(RULE56) + "\n");
+    return verdict;
+}

@@ -1,6 +1,8 @@
 // Power type, delay times, start-up/shut-down thresholds, supply range and watchdog:
 // the per-product tables, the packed bytes and what each GET prints.
+#include "system_bespoke.h"
 #include "system_renders.h"
+#include "system_steps.h"
 
 namespace sysrender {
 
@@ -42,6 +44,9 @@ constexpr const char* DELAY_ON_TIMES[8] = {
     "Delay On Time = 5 Minutes",  "Delay On Time = 10 Minutes", "Delay On Time = 15 Minutes",
     "Delay On Time = 30 Minutes", "Delay On Time = 1 hours"};
 
+// Products whose watchdog counts in seconds or minutes (bit 0 of its configuration byte).
+const ModelSet WATCHDOG_UNIT_MODELS = {"KX07", "KX12", "KX17", "KX18"};
+
 const std::string RULE46 = std::string(46, '=') + "\n";
 
 constexpr const char* THRESHOLD_ROWS[4] = {
@@ -53,8 +58,6 @@ constexpr const char* POWER_RANGE_ROWS[2] = {"   10.5V  9.5V         25.0V   23.
                                              "   12.5V  11.0V         25.0V   22.0V"};
 
 }  // namespace
-
-const ModelSet WATCHDOG_UNIT_MODELS = {"KX07", "KX12", "KX17", "KX18"};
 
 std::string renderPowerType(const Answer& a) {
     Byte code = a.at(0);
@@ -126,3 +129,145 @@ std::string renderWatchdog(const Answer& a) {
 }
 
 }  // namespace sysrender
+
+// ---------------------------------------------------------------- handlers
+
+using namespace sysflow;
+
+namespace {
+
+const char* const POWER_TYPE_TITLE = "========\t\tPower Type\t\t========";
+
+// The SET menus are their own product sets, not the GET's.
+struct PowerTypeMenu {
+    sysrender::ModelSet models;
+    const char* options[4];
+};
+const PowerTypeMenu POWER_TYPE_MENUS[] = {
+    {{"KX01", "KX04", "KX08", "KX09", "KX12", "KX07", "KX11", "KX06", "KX10", "KX05", "KX17",
+      "KX18", "KX16", "KX15", "KX13", "KX14", "KX20", "KX19", "KX02", "KX21", "KX69", "KX32",
+      "KX37", "KX38", "KX45", "KX49", "KX53", "KX40", "KX41", "KX48", "KX60"},
+     {"0. 9 ~ 36V (Default)", "1. Reserved (9~36V)", "2. 24V", "3. 12V"}},
+    {{"KX54", "KX39", "KX70"}, {"0. 9 ~ 48V (Default)", "1. Reserved (9~48V)", "2. 24V", "3. 12V"}},
+    {{"KX29", "KX31", "KX34"}, {"0. 9 ~ 60V (Default)", "1. Reserved (9~60V)", "2. 24V", "3. 12V"}},
+};
+
+// 55 "=", six blanks and one "=": the rule of the two-menu watchdog control, as it stands.
+const char* const WATCHDOG_ODD_RULE =
+    "=======================================================      =";
+
+int setOneByte(int cmdIndex, char* funName, Byte value) {
+    const Byte request[] = {value};
+    return set(cmdIndex, funName, request);
+}
+
+}  // namespace
+
+int FUNC_ST_SYSTEM_GET_POWER_TYPE(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderPowerType);
+}
+
+int FUNC_ST_SYSTEM_SET_POWER_TYPE(int cmdIndex, char* funName) {
+    for (const PowerTypeMenu& menu : POWER_TYPE_MENUS) {
+        if (!productIs(menu.models)) continue;
+        int choice = 0;
+        if (!ask(menuText(POWER_TYPE_TITLE,
+                          {menu.options[0], menu.options[1], menu.options[2], menu.options[3]},
+                          NO_RULE),
+                 0, 3, &choice))
+            return 0;
+        return setOneByte(cmdIndex, funName, static_cast<Byte>(choice));
+    }
+    // Refused without an exchange, yet reported as done.
+    print(notSupported(RULE56));
+    return 1;
+}
+
+int FUNC_ST_SYSTEM_GET_DELAY_TIME_OPTION(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderDelayTime);
+}
+
+int FUNC_ST_SYSTEM_SET_DELAY_TIME_OPTION(int cmdIndex, char* funName) {
+    int offEnabled = 0, offCode = 0, onEnabled = 0, onCode = 0;
+    if (!ask(menuText("========\t\tDelay off Control\t========",
+                      {"0. Delay Off Disable. (Default)", "1. Delay Off Enable."}),
+             0, 1, &offEnabled))
+        return 0;
+    if (offEnabled && !ask(menuText("========\t\tDelay Off Time\t\t========",
+                                    {"0. 20 second", "1. 1 minute", "2. 5 minute", "3. 10 minute",
+                                     "4. 30 minute", "5. 1 hour", "6. 6 hour", "7. 18 hour"}),
+                           0, 7, &offCode))
+        return 0;
+    if (!ask(menuText("========\t\tDelay on Control\t========",
+                      {"0. Delay On Disable (Default)", "1. Delay On Enable "}),
+             0, 1, &onEnabled))
+        return 0;
+    if (onEnabled && !ask(menuText("========\t\tDelay On Time\t\t========",
+                                   {"0. 10 second", "1. 30 second", "2. 1 minute", "3. 5 minute",
+                                    "4. 10 minute", "5. 15 minute", "6. 30 minute", "7. 1 hour"}),
+                          0, 7, &onCode))
+        return 0;
+    return setOneByte(cmdIndex, funName,
+                      sysrender::delayTimeByte(offEnabled, offCode, onEnabled, onCode));
+}
+
+int FUNC_ST_SYSTEM_GET_STARTUP_SHUTDOWN_OPTION(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderStartupShutdown);
+}
+
+int FUNC_ST_SYSTEM_SET_STARTUP_SHUTDOWN_OPTION(int cmdIndex, char* funName) {
+    int choice = 0;
+    if (!ask(menuText("========\tStartup Shutdown Option\t\t========",
+                      {"         12V           /         24V",
+                       "   Startup/Shutdown        Startup/Shutdown",
+                       "0.  11.5V  10.5V            23.0V   21.0V",
+                       "1.  12.0V  11.0V            24.0V   22.0V",
+                       "2.  12.5V  11.0V            25.0V   22.0V",
+                       "3.  12.5V  11.5V            25.0V   23.0V"}),
+             0, 3, &choice))
+        return 0;
+    return setOneByte(cmdIndex, funName, static_cast<Byte>(choice));
+}
+
+int FUNC_ST_SYSTEM_GET_POWER_RANGE(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderPowerRange);
+}
+
+int FUNC_ST_SYSTEM_GET_WATCHDOG_CONFIGURE(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderWatchdog);
+}
+
+int FUNC_ST_SYSTEM_SET_WATCHDOG_CONTROL(int cmdIndex, char* funName) {
+    int unit = 0, enable = 0;
+    if (productIs(sysrender::WATCHDOG_UNIT_MODELS)) {
+        if (!ask(menuText("========    Watchdog Control \t    ========",
+                          {"0. Seconds (Default)", "1. Minutes"}, WATCHDOG_ODD_RULE),
+                 0, 1, &unit))
+            return 0;
+        if (!ask(menuText("========    Watchdog Control        ========",
+                          {"0. Disable (Default)", "1. Enable."}, WATCHDOG_ODD_RULE),
+                 0, 1, &enable))
+            return 0;
+    } else if (!ask(menuText("========\tWatchdog Control\t\t========",
+                             {"0. Watchdog Disable. (Default)", "1. Watchdog Enable."}),
+                    0, 1, &enable)) {
+        return 0;
+    }
+    return setOneByte(cmdIndex, funName, static_cast<Byte>(unit | enable << 7));
+}
+
+int FUNC_ST_SYSTEM_SET_WATCHDOG_TIMER(int cmdIndex, char* funName) {
+    const char* prompt = "Set Watchdog Time (3~255)(unit:Sec):";
+    if (productIs({"KX71"}))
+        // The missing closing parenthesis is part of the text.
+        prompt =
+            "Set Watchdog Time (3-255)(If the version is R07 or later, use minutes(Min) as "
+            "the unit; otherwise, use seconds(Sec)";
+    else if (productIs(sysrender::WATCHDOG_UNIT_MODELS))
+        prompt = "Set Watchdog Time (3~255)(unit:Sec/Min):";
+    int time = 0;
+    if (!ask(menuText("========\t\tWatchdog Time \t\t========", {}, NO_RULE, prompt), 3, 255,
+             &time))
+        return 0;
+    return setOneByte(cmdIndex, funName, static_cast<Byte>(time));
+}

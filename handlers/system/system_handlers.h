@@ -3,6 +3,8 @@
 // verdict (1 success), or 0 when the product is not served or the input ended.
 #pragma once
 
+#include "system_bespoke.h"  // the handlers with logic of their own
+
 // Status: a named state.
 int FUNC_ST_SYSTEM_GET_OS_CONTROL(int cmdIndex, char* funName);
 int FUNC_ST_SYSTEM_GET_IGNITION_STATUS(int cmdIndex, char* funName);

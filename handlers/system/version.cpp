@@ -2,7 +2,9 @@
 // parameters, module name, board identifiers): per-product layouts and request packing.
 #include <cstdlib>
 
+#include "system_bespoke.h"
 #include "system_renders.h"
+#include "system_steps.h"
 
 namespace sysrender {
 
@@ -202,3 +204,121 @@ std::optional<std::array<Byte, 65>> machineParameterRequest(int index, std::stri
 }
 
 }  // namespace sysrender
+
+// ---------------------------------------------------------------- handlers
+
+using namespace sysflow;
+
+namespace {
+
+constexpr int RECORD_PAUSE_MS = 100;  // between the records of one run: the MCU needs it
+
+const sysrender::ModelSet SYSTEM_PARAMETER_SET_MODELS = {
+    "KX04", "KX08", "KX09", "KX10", "KX11", "KX06", "KX12", "KX07", "KX63",
+    "KX05", "KX17", "KX18", "KX16", "KX15", "KX13", "KX14", "KX19"};
+const sysrender::ModelSet MACHINE_PARAMETER_SET_MODELS = {"KX07", "KX12", "KX17", "KX18"};
+
+// The answer of a reported exchange; none after a failure, so nothing stale shows.
+std::span<const Byte> answerOf(const Reported& r) {
+    return r.answer.ok() ? r.bytes() : std::span<const Byte>();
+}
+
+}  // namespace
+
+int FUNC_ST_SYSTEM_GET_MCU_VERSION(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderMcuVersion);
+}
+
+int FUNC_ST_SYSTEM_GET_EVENT_LOG(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderEventLog);
+}
+
+int FUNC_ST_SYSTEM_GET_SYSTEM_PARAMETER(int cmdIndex, char* funName) {
+    // Three records; a failed exchange is reported and the next record is still asked for.
+    int verdict = 0;
+    for (int index = 0; index < 3; ++index) {
+        const Byte request[] = {static_cast<Byte>(index)};
+        Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
+        verdict = r.verdict;
+        print(sysrender::renderSystemParameter(index,
+                                               sysrender::Answer(answerOf(r), product(), fd())));
+        pauseMs(RECORD_PAUSE_MS);
+    }
+    return verdict;
+}
+
+int FUNC_ST_SYSTEM_SET_SYSTEM_PARAMETER(int cmdIndex, char* funName) {
+    if (!productIs(SYSTEM_PARAMETER_SET_MODELS)) return 1;  // silently, as done
+    int index = 0;
+    if (!ask(menuText("========\tSystem Parameter\t========",
+                      {"Select which system parameter to input", "0. Ethernet MAC.",
+                       "1. SoM Board Serial Number.", "2. Tavelo Carrier Board Serial Number."},
+                      "========================================="),
+             0, 2, &index))
+        return 0;
+    const char* prompts[3] = {"Enter Ethernet MAC: ", "Enter SoM Board Serial Number:",
+                              "Enter Tavelo Carrier Board Serial Number:"};
+    print(prompts[index]);
+    std::string typed;
+    if (!readWord(index == 0 ? 12 : 16, &typed)) return 0;
+    return set(cmdIndex, funName, sysrender::systemParameterRequest(index, typed));
+}
+
+int FUNC_ST_SYSTEM_GET_MACHINE_PARAMETER(int cmdIndex, char* funName) {
+    int index = 0;
+    if (!ask("Input Parameter Index (0~15) | (Show All->16):", 0, 16, &index)) return 0;
+    if (index < 16) {
+        const Byte request[] = {static_cast<Byte>(index)};
+        Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
+        // The header shows 0 whatever the index: kept as the MCU tools print it.
+        print(sysrender::renderMachineParameter(0, sysrender::Answer(answerOf(r), product(), fd()),
+                                                true));
+        return r.verdict;
+    }
+    // Show all: sixteen records, each after its report, the next one asked for even when
+    // an exchange failed.
+    int verdict = 0;
+    for (int i = 0; i < 16; ++i) {
+        const Byte request[] = {static_cast<Byte>(i)};
+        Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
+        verdict = r.verdict;
+        print(sysrender::renderMachineParameter(i, sysrender::Answer(answerOf(r), product(), fd()),
+                                                false));
+        pauseMs(RECORD_PAUSE_MS);
+    }
+    return verdict;
+}
+
+int FUNC_ST_SYSTEM_SET_MACHINE_PARAMETER(int cmdIndex, char* funName) {
+    if (!productIs(MACHINE_PARAMETER_SET_MODELS)) return 1;  // silently, as done
+    print("========    System Parameter    ========\n");
+    int index = 0;
+    if (!ask("Input Parameter Index (0~15):", 0, 15, &index)) return 0;
+    // The runs of seven blanks are part of the texts.
+    print("Enter 64 bytes in hex (e.g.,0102...FF for 0x01 0x02 ...       0xFF):");
+    std::string hex;
+    if (!readWord(128, &hex)) return 0;
+    auto request = sysrender::machineParameterRequest(index, hex);
+    if (!request) {
+        print("Error: Input length must be even (2 hex digits per       byte).\n");
+        return -1;
+    }
+    return set(cmdIndex, funName, *request);
+}
+
+int FUNC_ST_SYSTEM_GET_MODULE_NAME(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderModuleName);
+}
+
+int FUNC_ST_SYSTEM_GET_BOARD_ID(int cmdIndex, char* funName) {
+    if (!productIs({"KX73"})) return 0;
+    return get(cmdIndex, funName, sysrender::renderBoardId);
+}
+
+int FUNC_ST_SYSTEM_GET_IO_BOARD_ID(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderIoBoardId);
+}
+
+int FUNC_ST_SYSTEM_GET_EXPANSION_BOARD_ID(int cmdIndex, char* funName) {
+    return get(cmdIndex, funName, sysrender::renderExpansionBoardId);
+}

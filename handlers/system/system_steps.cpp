@@ -1,0 +1,132 @@
+// The exchange, prompt and output steps of the system handlers, on the core's link
+// context, exchange and report.
+#include "system_steps.h"
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <cstdio>
+#include <thread>
+
+#include "context.h"
+#include "prompt.h"
+#include "text.h"
+
+namespace sysflow {
+
+Reported exchange(int cmdIndex, std::span<const Byte> request, ReportMode mode,
+                  const char* funName) {
+    const core::HandlerContext ctx = core::handlerContext();
+    Reported r;
+    r.answer = core::exchange(ctx.systemLink, MCU_TYPE_ST, ST_MODE_AP, cmdIndex, request);
+    r.verdict = core::report(ctx.systemLink, mode, r.answer, funName);
+    return r;
+}
+
+int fd() {
+    return mcu_content ? mcu_content->fd : -1;
+}
+
+std::string_view product() {
+    return szProductName;
+}
+
+bool productIs(sysrender::ModelSet models) {
+    return sysrender::Answer({}, product(), 0).in(models);
+}
+
+FILE* input() {
+    return g_input;
+}
+
+void warnShort(const char* funName, size_t got, size_t needed) {
+    if (got >= needed) return;
+    fflush(stdout);
+    fprintf(stderr, "%s: short answer to %s: %zu of %zu bytes\n", g_progName, funName, got, needed);
+}
+
+int get(int cmdIndex, char* funName, Render render, std::span<const Byte> request, Warn warn) {
+    Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
+    if (r.verdict != 1) return r.verdict;
+    sysrender::Answer a(r.bytes(), product(), fd());
+    std::string text = render(a);
+    if (warn == Warn::Short) warnShort(funName, a.size(), a.needed());
+    print(text);
+    return 1;
+}
+
+int set(int cmdIndex, char* funName, std::span<const Byte> request) {
+    return exchange(cmdIndex, request, REPORT_ACK_FIRST, funName).verdict;
+}
+
+void print(const std::string& text) {
+    core::printText(text);
+}
+
+void pauseMs(int ms) {
+    fflush(stdout);
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+std::string menuText(const char* title, std::initializer_list<const char*> options,
+                     const char* rule, const char* prompt) {
+    std::string out;
+    if (title) out += std::string(title) + "\n";
+    for (const char* o : options) out += std::string(o) + "\n";
+    if (!rule)
+        out += std::string(RULE56) + "\n";
+    else if (*rule)
+        out += std::string(rule) + "\n";
+    out += prompt ? prompt : SELECT_PROMPT;
+    return out;
+}
+
+bool ask(const std::string& text, int min, int max, int* value) {
+    print(text);
+    return checkSelect(input(), value, min, max) == 1;
+}
+
+bool readWord(size_t width, std::string* word) {
+    std::string line;
+    for (;;) {
+        if (!core::readTextLine(input(), &line, std::string::npos - 1)) return false;
+        size_t from = line.find_first_not_of(" \t");
+        if (from == std::string::npos) continue;
+        size_t to = line.find_first_of(" \t", from);
+        *word = line.substr(
+            from, std::min(to == std::string::npos ? line.size() : to, from + width) - from);
+        return true;
+    }
+}
+
+Hex readHex(unsigned long* value) {
+    std::string line;
+    for (;;) {
+        if (!core::readTextLine(input(), &line, std::string::npos - 1)) return Hex::Ended;
+        size_t from = line.find_first_not_of(" \t");
+        if (from == std::string::npos) continue;
+        size_t to = line.find_last_not_of(" \t") + 1;
+        std::string_view text(line.data() + from, to - from);
+        if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X'))
+            text.remove_prefix(2);
+        if (text.empty() ||
+            text.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
+            return Hex::NotHex;
+        unsigned long v = 0;
+        for (char c : text) {
+            unsigned long digit =
+                static_cast<unsigned long>(c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10);
+            v = v > (ULONG_MAX >> 4) ? ULONG_MAX : (v << 4 | digit);  // too long: saturates
+        }
+        *value = v;
+        return Hex::Value;
+    }
+}
+
+std::string notSupported(const std::string& rule) {
+    return core::strprintf("========  %s does not support this function  ========\n",
+                           szProductName) +
+           rule + "\n";
+}
+
+}  // namespace sysflow

@@ -1,0 +1,75 @@
+// The steps the power, version, I/O, fan and radio handlers are written with: one
+// reported exchange on the system-MCU link, a rendered GET, menus and prompts read as
+// whole lines, and the short-answer warning.
+#pragma once
+
+#include <initializer_list>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "answer_view.h"
+#include "exchange.h"
+#include "report.h"
+
+namespace sysflow {
+
+using sysrender::Byte;
+
+// check_result's verdict of one exchange and the answer it judged.
+struct Reported {
+    int verdict = 0;
+    core::Answer answer;
+    std::span<const Byte> bytes() const { return answer.view(); }
+};
+
+// Sends pool entry `cmdIndex` on the system-MCU link as ST with `request`, and reports it
+// through check_result in `mode`.
+Reported exchange(int cmdIndex, std::span<const Byte> request, ReportMode mode,
+                  const char* funName);
+
+int fd();                    // the system-MCU link's descriptor (-1 when not open)
+std::string_view product();  // the detected product name, with its line end
+bool productIs(sysrender::ModelSet models);
+FILE* input();
+
+// One stderr line when a render read more bytes than arrived.
+void warnShort(const char* funName, size_t got, size_t needed);
+
+using Render = std::string (*)(const sysrender::Answer&);
+enum class Warn { Short, Never };
+
+// A GET: one exchange with `request`, reported in the standard mode; on success the
+// render's lines (and the short-answer warning). Returns the verdict.
+int get(int cmdIndex, char* funName, Render render, std::span<const Byte> request = {},
+        Warn warn = Warn::Short);
+// A SET: sends `request`, reported with the first answer byte as acknowledgement.
+int set(int cmdIndex, char* funName, std::span<const Byte> request);
+
+void print(const std::string& text);
+void pauseMs(int ms);
+
+// What a menu shows: the title, the options one a line, the 56-"=" rule (or `rule`),
+// and the prompt without a line end.
+std::string menuText(const char* title, std::initializer_list<const char*> options,
+                     const char* rule = nullptr, const char* prompt = nullptr);
+inline constexpr const char* NO_RULE = "";
+inline constexpr const char* NO_PROMPT = "";
+
+// Prints `text`, then reads a number in [min, max] as checkSelect does; false when the
+// input ended.
+bool ask(const std::string& text, int min, int max, int* value);
+
+// Reads lines until one holds a word and gives its first word, cut to `width`
+// characters; false when the input ended.
+bool readWord(size_t width, std::string* word);
+
+// One line read as a hexadecimal number (with or without "0x"); blank lines are skipped.
+enum class Hex { Value, NotHex, Ended };
+Hex readHex(unsigned long* value);
+
+// The line "========  <product> does not support this function  ========" (the product
+// keeps its line end), then `rule` and a line end.
+std::string notSupported(const std::string& rule);
+
+}  // namespace sysflow
