@@ -380,7 +380,9 @@ struct Simulator::Impl {
         {
             std::lock_guard<std::mutex> g(mu);
             if (r.crcOk) {
-                if (!faults.empty()) {
+                if (!faults.empty() && faults.front().after > 0) {
+                    --faults.front().after;
+                } else if (!faults.empty()) {
                     fault = faults.front();
                     if (--faults.front().count <= 0) faults.pop_front();
                 }

@@ -34,6 +34,7 @@ struct Fault {
     FaultKind kind;
     int delayMs = 0;
     int count = 1;  // how many requests it applies to
+    int after = 0;  // how many requests pass untouched before it applies
 };
 
 enum class RequestKind {
