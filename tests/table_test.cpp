@@ -117,4 +117,21 @@ TEST(CommandTable, PeripheralRowsRunTheirHandlers) {
     EXPECT_EQ(rows, 17 + 2 + 38 + 4 + 37 + 24 + 6 + 14 + 3 + 23);
 }
 
+// Every system row runs a decoding handler: the reserved rows their own handler, none the
+// generic one.
+TEST(CommandTable, NoSystemRowRunsTheGenericHandler) {
+    int systemRows = 0;
+    for (size_t i = 0; i < function_map_count; ++i) {
+        const FUNCTION_MAP_ENTRY& row = function_map[i];
+        if (!startsWith(row.name, "ST_SYSTEM_")) continue;
+        ++systemRows;
+        EXPECT_NE(row.func, &FUNC_GENERIC) << row.name;
+        const bool reserved =
+            std::string(row.name).ends_with("_RESERVED") ||
+            std::string(row.name).find("_4A_01_MACHINE_PARAMETER") != std::string::npos;
+        EXPECT_EQ(row.func == &FUNC_RESERVED, reserved) << row.name;
+    }
+    EXPECT_EQ(systemRows, 243);
+}
+
 }  // namespace
