@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <climits>
 #include <cstdio>
 #include <thread>
 
@@ -23,12 +22,17 @@ Reported exchange(int cmdIndex, std::span<const Byte> request, ReportMode mode,
     return r;
 }
 
+MCU_CONTENT* link() {
+    return core::handlerContext().systemLink;
+}
+
 int fd() {
-    return mcu_content ? mcu_content->fd : -1;
+    MCU_CONTENT* l = link();
+    return l ? l->fd : -1;
 }
 
 std::string_view product() {
-    return szProductName;
+    return core::handlerContext().product;
 }
 
 bool productIs(sysrender::ModelSet models) {
@@ -36,13 +40,14 @@ bool productIs(sysrender::ModelSet models) {
 }
 
 FILE* input() {
-    return g_input;
+    return core::handlerContext().input;
 }
 
 void warnShort(const char* funName, size_t got, size_t needed) {
     if (got >= needed) return;
     fflush(stdout);
-    fprintf(stderr, "%s: short answer to %s: %zu of %zu bytes\n", g_progName, funName, got, needed);
+    fprintf(stderr, "%s: short answer to %s: %zu of %zu bytes\n", core::handlerContext().progName,
+            funName, got, needed);
 }
 
 int get(int cmdIndex, char* funName, Render render, std::span<const Byte> request, Warn warn) {
@@ -86,46 +91,9 @@ bool ask(const std::string& text, int min, int max, int* value) {
     return checkSelect(input(), value, min, max) == 1;
 }
 
-bool readWord(size_t width, std::string* word) {
-    std::string line;
-    for (;;) {
-        if (!core::readTextLine(input(), &line, std::string::npos - 1)) return false;
-        size_t from = line.find_first_not_of(" \t");
-        if (from == std::string::npos) continue;
-        size_t to = line.find_first_of(" \t", from);
-        *word = line.substr(
-            from, std::min(to == std::string::npos ? line.size() : to, from + width) - from);
-        return true;
-    }
-}
-
-Hex readHex(unsigned long* value) {
-    std::string line;
-    for (;;) {
-        if (!core::readTextLine(input(), &line, std::string::npos - 1)) return Hex::Ended;
-        size_t from = line.find_first_not_of(" \t");
-        if (from == std::string::npos) continue;
-        size_t to = line.find_last_not_of(" \t") + 1;
-        std::string_view text(line.data() + from, to - from);
-        if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X'))
-            text.remove_prefix(2);
-        if (text.empty() ||
-            text.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
-            return Hex::NotHex;
-        unsigned long v = 0;
-        for (char c : text) {
-            unsigned long digit =
-                static_cast<unsigned long>(c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10);
-            v = v > (ULONG_MAX >> 4) ? ULONG_MAX : (v << 4 | digit);  // too long: saturates
-        }
-        *value = v;
-        return Hex::Value;
-    }
-}
-
 std::string notSupported(const std::string& rule) {
     return core::strprintf("========  %s does not support this function  ========\n",
-                           szProductName) +
+                           core::handlerContext().product) +
            rule + "\n";
 }
 

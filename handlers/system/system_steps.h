@@ -11,6 +11,7 @@
 #include "answer_view.h"
 #include "exchange.h"
 #include "report.h"
+#include "shapes/entry.h"
 
 namespace sysflow {
 
@@ -28,6 +29,7 @@ struct Reported {
 Reported exchange(int cmdIndex, std::span<const Byte> request, ReportMode mode,
                   const char* funName);
 
+MCU_CONTENT* link();         // the system-MCU link (null when not open)
 int fd();                    // the system-MCU link's descriptor (-1 when not open)
 std::string_view product();  // the detected product name, with its line end
 bool productIs(sysrender::ModelSet models);
@@ -60,13 +62,14 @@ inline constexpr const char* NO_PROMPT = "";
 // input ended.
 bool ask(const std::string& text, int min, int max, int* value);
 
-// Reads lines until one holds a word and gives its first word, cut to `width`
-// characters; false when the input ended.
-bool readWord(size_t width, std::string* word);
-
-// One line read as a hexadecimal number (with or without "0x"); blank lines are skipped.
-enum class Hex { Value, NotHex, Ended };
-Hex readHex(unsigned long* value);
+// Text and hexadecimal entry at the prompts, from the handlers' input.
+using shapes::Hex;
+inline bool readWord(size_t width, std::string* word) {
+    return shapes::readWord(input(), width, word);
+}
+inline Hex readHex(unsigned long* value) {
+    return shapes::readHex(input(), value);
+}
 
 // The line "========  <product> does not support this function  ========" (the product
 // keeps its line end), then `rule` and a line end.

@@ -2,6 +2,7 @@
 // parameters, module name, board identifiers): per-product layouts and request packing.
 #include <cstdlib>
 
+#include "shapes/record_loop.h"
 #include "system_bespoke.h"
 #include "system_renders.h"
 #include "system_steps.h"
@@ -235,16 +236,11 @@ int FUNC_ST_SYSTEM_GET_EVENT_LOG(int cmdIndex, char* funName) {
 
 int FUNC_ST_SYSTEM_GET_SYSTEM_PARAMETER(int cmdIndex, char* funName) {
     // Three records; a failed exchange is reported and the next record is still asked for.
-    int verdict = 0;
-    for (int index = 0; index < 3; ++index) {
-        const Byte request[] = {static_cast<Byte>(index)};
-        Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
-        verdict = r.verdict;
-        print(sysrender::renderSystemParameter(index,
-                                               sysrender::Answer(answerOf(r), product(), fd())));
-        pauseMs(RECORD_PAUSE_MS);
-    }
-    return verdict;
+    return shapes::runRecords({link(), cmdIndex, funName, 0, 3, RECORD_PAUSE_MS},
+                              [](int index, std::span<const Byte> answer, int) {
+                                  print(sysrender::renderSystemParameter(
+                                      index, sysrender::Answer(answer, product(), fd())));
+                              });
 }
 
 int FUNC_ST_SYSTEM_SET_SYSTEM_PARAMETER(int cmdIndex, char* funName) {
@@ -277,16 +273,11 @@ int FUNC_ST_SYSTEM_GET_MACHINE_PARAMETER(int cmdIndex, char* funName) {
     }
     // Show all: sixteen records, each after its report, the next one asked for even when
     // an exchange failed.
-    int verdict = 0;
-    for (int i = 0; i < 16; ++i) {
-        const Byte request[] = {static_cast<Byte>(i)};
-        Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
-        verdict = r.verdict;
-        print(sysrender::renderMachineParameter(i, sysrender::Answer(answerOf(r), product(), fd()),
-                                                false));
-        pauseMs(RECORD_PAUSE_MS);
-    }
-    return verdict;
+    return shapes::runRecords({link(), cmdIndex, funName, 0, 16, RECORD_PAUSE_MS},
+                              [](int i, std::span<const Byte> answer, int) {
+                                  print(sysrender::renderMachineParameter(
+                                      i, sysrender::Answer(answer, product(), fd()), false));
+                              });
 }
 
 int FUNC_ST_SYSTEM_SET_MACHINE_PARAMETER(int cmdIndex, char* funName) {
