@@ -30,9 +30,8 @@ std::string renderFanValue(const Answer& a) {
 std::string renderFanRpm(const Answer& a) {
     if (a.is("KX64")) {
         std::string out;
-        for (int i = 0; i < 4; ++i)
-            out +=
-                fdLine(a, format("SYS FAN%d RPM = %d", i + 1, a.word(static_cast<size_t>(2 * i))));
+        for (size_t i = 0; i < 4; ++i)
+            out += fdLine(a, format("SYS FAN%zu RPM = %d", i + 1, a.word(2 * i)));
         out += fdLine(a, format("POE FAN RPM = %d", a.word(8)));
         out += fdLine(a, format("GRAPHICS FAN RPM = %d", a.word(10)));
         return out;
@@ -118,7 +117,7 @@ const KeyMenu FUNCTION_KEY = {"========                Function Key Lock        
 bool askKeys(std::initializer_list<const KeyMenu*> menus, Byte* bits) {
     for (const KeyMenu* m : menus) {
         int on = 0;
-        if (!ask(menuText(m->title, {m->off, m->on}, nullptr, NO_PROMPT), 0, 1, &on)) return false;
+        if (!ask(menuText(m->title, {m->off, m->on}, RULE_56, NO_PROMPT), 0, 1, &on)) return false;
         if (on) *bits |= static_cast<Byte>(1 << m->bit);
     }
     return true;

@@ -184,13 +184,14 @@ int setOneByte(int cmdIndex, char* funName, Byte value) {
     return set(cmdIndex, funName, request);
 }
 
-// Menus for lines 1..count, each answer 1 setting the line's bit; an answer of `exit`
-// (when not negative) ends the questions. False when the input ended.
-bool askLineBits(int count, std::string (*menuOf)(int line), int max, int exit, Byte* bits) {
+// Menus for lines 1..count, each answer 1 setting the line's bit; where an exit is
+// offered, answer 2 ends the questions. False when the input ended.
+enum class Exit { Offered, None };
+bool askLineBits(int count, std::string (*menuOf)(int line), Exit exit, Byte* bits) {
     for (int n = 1; n <= count; ++n) {
         int choice = 0;
-        if (!ask(menuOf(n), 0, max, &choice)) return false;
-        if (choice == exit) break;
+        if (!ask(menuOf(n), 0, exit == Exit::Offered ? 2 : 1, &choice)) return false;
+        if (choice == 2) break;  // exit: the byte built so far goes out
         if (choice == 1) *bits |= static_cast<Byte>(1 << (n - 1));
     }
     return true;
@@ -262,7 +263,7 @@ int FUNC_ST_SYSTEM_SET_MDIO_MODE_CONTROL(int cmdIndex, char* funName) {
                 return menuText(format("========\t\tMDIO %d Control \t========", n).c_str(),
                                 {"0. Input", "1. Output", "2. Exit"});
             },
-            2, 2, &bits))
+            Exit::Offered, &bits))
         return 0;
     return setOneByte(cmdIndex, funName, bits);
 }
@@ -279,7 +280,7 @@ int FUNC_ST_SYSTEM_SET_GPIO_MODE_CONTROL(int cmdIndex, char* funName) {
                 return menuText(format("========\t\tGPIO %d Control \t========", n).c_str(),
                                 {"0. Disable (Default)", "1. Enable", "2. Exit"});
             },
-            2, 2, &bits))
+            Exit::Offered, &bits))
         return 0;
     return setOneByte(cmdIndex, funName, bits);
 }
@@ -340,7 +341,7 @@ int FUNC_ST_SYSTEM_SET_MDO_CONTROL(int cmdIndex, char* funName) {
                                 {format("0. MDO%d Pin to Low", n).c_str(),
                                  format("1. MDO%d Pin to High", n).c_str()});
             },
-            1, -1, &bits))
+            Exit::None, &bits))
         return 0;
     return setOneByte(cmdIndex, funName, bits);
 }

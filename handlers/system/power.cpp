@@ -241,11 +241,11 @@ int FUNC_ST_SYSTEM_SET_WATCHDOG_CONTROL(int cmdIndex, char* funName) {
     int unit = 0, enable = 0;
     if (productIs(sysrender::WATCHDOG_UNIT_MODELS)) {
         if (!ask(menuText("========    Watchdog Control \t    ========",
-                          {"0. Seconds (Default)", "1. Minutes"}, WATCHDOG_ODD_RULE),
+                          {"0. Seconds (Default)", "1. Minutes"}, Rule{WATCHDOG_ODD_RULE}),
                  0, 1, &unit))
             return 0;
         if (!ask(menuText("========    Watchdog Control        ========",
-                          {"0. Disable (Default)", "1. Enable."}, WATCHDOG_ODD_RULE),
+                          {"0. Disable (Default)", "1. Enable."}, Rule{WATCHDOG_ODD_RULE}),
                  0, 1, &enable))
             return 0;
     } else if (!ask(menuText("========\tWatchdog Control\t\t========",

@@ -73,15 +73,15 @@ void pauseMs(int ms) {
     std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 
-std::string menuText(const char* title, std::initializer_list<const char*> options,
-                     const char* rule, const char* prompt) {
+std::string menuText(const char* title, std::initializer_list<const char*> options, Rule rule,
+                     const char* prompt) {
     std::string out;
     if (title) out += std::string(title) + "\n";
     for (const char* o : options) out += std::string(o) + "\n";
-    if (!rule)
+    if (!rule.text)
         out += std::string(RULE56) + "\n";
-    else if (*rule)
-        out += std::string(rule) + "\n";
+    else if (*rule.text)
+        out += std::string(rule.text) + "\n";
     out += prompt ? prompt : SELECT_PROMPT;
     return out;
 }

@@ -51,12 +51,18 @@ int set(int cmdIndex, char* funName, std::span<const Byte> request);
 void print(const std::string& text);
 void pauseMs(int ms);
 
-// What a menu shows: the title, the options one a line, the 56-"=" rule (or `rule`),
-// and the prompt without a line end.
-std::string menuText(const char* title, std::initializer_list<const char*> options,
-                     const char* rule = nullptr, const char* prompt = nullptr);
-inline constexpr const char* NO_RULE = "";
+// The line that closes a menu before its prompt.
+struct Rule {
+    const char* text;  // null: the 56-"=" rule; "": none
+};
+inline constexpr Rule RULE_56 = {nullptr};
+inline constexpr Rule NO_RULE = {""};
 inline constexpr const char* NO_PROMPT = "";
+
+// What a menu shows: the title (when not null), the options one a line, the rule, and the
+// prompt (the standard one when null) without a line end.
+std::string menuText(const char* title, std::initializer_list<const char*> options,
+                     Rule rule = RULE_56, const char* prompt = nullptr);
 
 // Prints `text`, then reads a number in [min, max] as checkSelect does; false when the
 // input ended.

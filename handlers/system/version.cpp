@@ -79,10 +79,10 @@ std::string renderMcuVersion(const Answer& a) {
 
 std::string renderEventLog(const Answer& a) {
     std::string out = SEP26;
-    for (int i = 0; i < 6; ++i)
-        out += fdLine(a, format("First %s = %d", EVENT_FIELDS[i], a.at(static_cast<size_t>(i))));
-    for (int i = 0; i < 6; ++i)
-        out += fdLine(a, format("Last %s = %d", EVENT_FIELDS[i], a.at(static_cast<size_t>(6 + i))));
+    for (size_t i = 0; i < 6; ++i)
+        out += fdLine(a, format("First %s = %d", EVENT_FIELDS[i], a.at(i)));
+    for (size_t i = 0; i < 6; ++i)
+        out += fdLine(a, format("Last %s = %d", EVENT_FIELDS[i], a.at(6 + i)));
     out += fdLine(a, format("Startup Count = %ld", eventCounter(a, 12)));
     out += fdLine(a, format("Shutdown Count = %ld", eventCounter(a, 16)));
     out += fdLine(a, format("Over Voltage Count = %ld", eventCounter(a, 20)));
@@ -249,7 +249,7 @@ int FUNC_ST_SYSTEM_SET_SYSTEM_PARAMETER(int cmdIndex, char* funName) {
     if (!ask(menuText("========\tSystem Parameter\t========",
                       {"Select which system parameter to input", "0. Ethernet MAC.",
                        "1. SoM Board Serial Number.", "2. Tavelo Carrier Board Serial Number."},
-                      "========================================="),
+                      Rule{"========================================="}),
              0, 2, &index))
         return 0;
     const char* prompts[3] = {"Enter Ethernet MAC: ", "Enter SoM Board Serial Number:",
