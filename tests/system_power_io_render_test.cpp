@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
+#include "system/power_io.h"
 #include "system/system_renders.h"
 
 using namespace sysrender;
@@ -292,6 +294,71 @@ TEST(SystemPowerIoRender, ShortAnswersAreSeenNotReadPast) {
     Answer none({}, "KX07\n", 7);
     renderEventLog(none);
     EXPECT_EQ(none.needed(), 28u);
+}
+
+// Every row and render of these handlers survives any answer on any product, the same
+// way each time, and never reads past the answer (the sanitizer builds run this).
+TEST(SystemPowerIoRender, EveryRowAndRenderTakesAnyAnswerOnAnyProduct) {
+    const char* const products[] = {"KX07\n", "KX21\n", "KX22\n", "KX24\n", "KX30\n",
+                                    "KX34\n", "KX35\n", "KX61\n", "KX64\n", "KX71\n",
+                                    "KX73\n", "KX74\n", "KX99\n", "\n"};
+    std::mt19937 random(11);
+    std::vector<std::vector<Byte>> answers;
+    for (size_t n = 0; n <= 70; n += (n < 12 ? 1 : 29)) {
+        answers.emplace_back(n, 0x00);
+        answers.emplace_back(n, 0xFF);
+        std::vector<Byte> r(n);
+        for (Byte& b : r) b = static_cast<Byte>(random());
+        answers.push_back(r);
+    }
+    const auto all = [](std::span<const Byte> answer, const char* product) {
+        std::string out;
+        for (const shapes::GetRef& r : system_power_io::rows)
+            out += shapes::renderGet(r.row, 3, answer, product);
+        for (const shapes::RenderRef& r : system_power_io::renders)
+            out += r.render(answer, 3, product);
+        for (const shapes::SetRef& r : system_power_io::setRows) {
+            if (const shapes::Variant* v = shapes::pickVariant(r.row, product))
+                for (const shapes::Step& step : v->steps) out += shapes::renderStep(step);
+            else
+                out += shapes::renderNotSupported(r.row, product);
+        }
+        for (const shapes::MenuRef& r : system_power_io::menus)
+            out += shapes::renderStep(shapes::menuStep(r.row));
+        return out;
+    };
+    EXPECT_EQ(system_power_io::renders.size(), 26u);
+    for (const auto& answer : answers)
+        for (const char* product : products)
+            EXPECT_EQ(all(answer, product), all(answer, product)) << product << answer.size();
+}
+
+// The rows these handlers share with the other groups' shapes: what the menus show.
+TEST(SystemPowerIoRender, SetRowsShowTheirMenus) {
+    const auto steps = [](const shapes::SetRow& row, const char* product) {
+        std::string out;
+        const shapes::Variant* v = shapes::pickVariant(row, product);
+        if (!v) return shapes::renderNotSupported(row, product);
+        for (const shapes::Step& step : v->steps) out += shapes::renderStep(step);
+        return out;
+    };
+    const std::string select = "Select which option you want to do:";
+    EXPECT_EQ(steps(system_power_io::SET_POWER_TYPE, "KX31\n"),
+              "========\t\tPower Type\t\t========\n0. 9 ~ 60V (Default)\n1. Reserved (9~60V)\n"
+              "2. 24V\n3. 12V\n" +
+                  select);
+    EXPECT_EQ(steps(system_power_io::SET_POWER_TYPE, "KX66\n"),
+              "========  KX66\n does not support this function  ========\n" + std::string(56, '=') +
+                  "\n");
+    EXPECT_EQ(
+        steps(system_power_io::SET_FAN_VALUE, "KX64\n"),
+        "========            Set POE FAN Value           ========\nRange 0-100, OFF=0, ON=1-100: "
+        "========            Set GRAPHICS FAN Value      ========\nRange 0-100, OFF=0, ON=1-100: ");
+    const std::string pullup = steps(system_power_io::SET_GPO_PULLUP_MODE, "KX57\n");
+    EXPECT_TRUE(
+        pullup.starts_with("========\t\tGPO12 Pull up Control \t\t========\n"
+                           "0. Internal pull high (default)\n1. External pull high\n"))
+        << pullup;
 }
 
 }  // namespace

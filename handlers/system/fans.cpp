@@ -1,5 +1,6 @@
 // Fan duty values and speeds, the two SP339A transceivers' modes and the front-panel key
 // lock: the per-product layouts and packed bytes.
+#include "power_io.h"
 #include "system_bespoke.h"
 #include "system_renders.h"
 #include "system_steps.h"
@@ -87,16 +88,35 @@ std::string renderKeyLock(const Answer& a) {
 // ---------------------------------------------------------------- handlers
 
 using namespace sysflow;
-using sysrender::format;
 
-namespace {
+namespace system_power_io {
+
+using shapes::Rule;
+using shapes::Step;
 
 constexpr const char* FAN_PROMPT = "Range 0-100, OFF=0, ON=1-100: ";
 
-struct FanStep {
-    const char* title;
-    size_t at;  // the request byte it fills
-};
+constexpr Step fanStep(const char* title, int at) {
+    return {.title = title, .rule = Rule::None, .prompt = FAN_PROMPT, .max = 100, .at = at};
+}
+
+// The products other than KX64 set the CPU fan, top fan and fan kit in bytes 0-2; KX64
+// its PoE and graphics fans in bytes 1 and 2, byte 0 left at 0.
+const shapes::SetRow SET_FAN_VALUE = {
+    .variants =
+        {{.models = {.names = {"KX64"}},
+          .steps = {fanStep("========            Set POE FAN Value           ========", 1),
+                    // Fewer blanks before the closing run, as the title stands.
+                    fanStep("========            Set GRAPHICS FAN Value      ========", 2)}},
+         {.steps = {fanStep("========            Set CPU FAN Value           ========", 0),
+                    fanStep("========            Set TOP FAN Value           ========", 1),
+                    fanStep("========            Set FAN KIT Value           ========", 2)}}},
+    .length = 3};
+
+}  // namespace system_power_io
+using sysrender::format;
+
+namespace {
 
 // One per-key lock menu, read without a prompt line; On sets `bit`.
 struct KeyMenu {
@@ -130,22 +150,7 @@ int FUNC_ST_SYSTEM_GET_FAN_VALUE(int cmdIndex, char* funName) {
 }
 
 int FUNC_ST_SYSTEM_SET_FAN_VALUE_CONTROL(int cmdIndex, char* funName) {
-    static const FanStep OTHERS[] = {
-        {"========            Set CPU FAN Value           ========", 0},
-        {"========            Set TOP FAN Value           ========", 1},
-        {"========            Set FAN KIT Value           ========", 2}};
-    // Fewer blanks before the closing run of the graphics title, as it stands.
-    static const FanStep KX64[] = {{"========            Set POE FAN Value           ========", 1},
-                                   {"========            Set GRAPHICS FAN Value      ========", 2}};
-    std::span<const FanStep> steps =
-        productIs({"KX64"}) ? std::span<const FanStep>(KX64) : std::span<const FanStep>(OTHERS);
-    Byte request[3] = {};
-    for (const FanStep& step : steps) {
-        int value = 0;
-        if (!ask(menuText(step.title, {}, NO_RULE, FAN_PROMPT), 0, 100, &value)) return 0;
-        request[step.at] = static_cast<Byte>(value);
-    }
-    return set(cmdIndex, funName, request);
+    return shapes::runSet(system_power_io::SET_FAN_VALUE, cmdIndex, funName);
 }
 
 int FUNC_ST_SYSTEM_GET_FAN_RPM(int cmdIndex, char* funName) {

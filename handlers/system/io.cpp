@@ -1,6 +1,7 @@
 // Digital I/O lines (MDIO/GPIO direction, MDO/MDI levels, GPI active level, GPO pull-up),
 // G-sensor registers and the stored iButton and RFID keys: per-product line counts, bit
 // masks and request packing.
+#include "power_io.h"
 #include "system_bespoke.h"
 #include "system_renders.h"
 #include "system_steps.h"
@@ -175,6 +176,38 @@ std::array<Byte, 15> rfidRequest(unsigned index, std::string_view text) {
 // ---------------------------------------------------------------- handlers
 
 using namespace sysflow;
+
+namespace system_power_io {
+
+// Active High sets bit 0 (GPI1-2), then bit 1 (GPI3-4), on every product.
+const shapes::SetRow SET_GPI_ACTIVE_MODE = {
+    .variants = {{.steps = {{.title = "========\t\tGPI12 Active mode Control \t\t========",
+                             .options = {"0. Active Low", "1. Active High"},
+                             .bits = 0x01},
+                            {.title = "========\t\tGPI34 Active mode Control \t\t========",
+                             .options = {"0. Active Low", "1. Active High"},
+                             .bits = 0x02}}}}};
+
+// External sets bit 0 (GPO1-2), then bit 1 (GPO3-4); some products mark internal as the
+// default.
+const shapes::SetRow SET_GPO_PULLUP_MODE = {
+    .variants = {
+        {.models = {.names = {"KX74", "KX12", "KX07", "KX17", "KX18", "KX20", "KX56", "KX57",
+                              "KX71", "KX19"}},
+         .steps = {{.title = "========\t\tGPO12 Pull up Control \t\t========",
+                    .options = {"0. Internal pull high (default)", "1. External pull high"},
+                    .bits = 0x01},
+                   {.title = "========\t\tGPO34 Pull up Control \t\t========",
+                    .options = {"0. Internal pull high (default)", "1. External pull high"},
+                    .bits = 0x02}}},
+        {.steps = {{.title = "========\t\tGPO12 Pull up Control \t\t========",
+                    .options = {"0. Internal pull high", "1. External pull high"},
+                    .bits = 0x01},
+                   {.title = "========\t\tGPO34 Pull up Control \t\t========",
+                    .options = {"0. Internal pull high", "1. External pull high"},
+                    .bits = 0x02}}}}};
+
+}  // namespace system_power_io
 using sysrender::format;
 
 namespace {
@@ -240,9 +273,6 @@ bool askKeyIndex(const char* prompt, const char* echo, unsigned long limit, cons
     }
 }
 
-const sysrender::ModelSet PULLUP_DEFAULT_MODELS = {"KX74", "KX12", "KX07", "KX17", "KX18",
-                                                   "KX20", "KX56", "KX57", "KX71", "KX19"};
-
 }  // namespace
 
 int FUNC_ST_SYSTEM_GET_MDIO_MODE_STATUS(int cmdIndex, char* funName) {
@@ -290,15 +320,7 @@ int FUNC_ST_SYSTEM_GET_GPI_ACTIVE_MODE(int cmdIndex, char* funName) {
 }
 
 int FUNC_ST_SYSTEM_SET_GPI_ACTIVE_MODE(int cmdIndex, char* funName) {
-    int low12 = 0, low34 = 0;
-    if (!ask(menuText("========\t\tGPI12 Active mode Control \t\t========",
-                      {"0. Active Low", "1. Active High"}),
-             0, 1, &low12) ||
-        !ask(menuText("========\t\tGPI34 Active mode Control \t\t========",
-                      {"0. Active Low", "1. Active High"}),
-             0, 1, &low34))
-        return 0;
-    return setOneByte(cmdIndex, funName, static_cast<Byte>(low12 | low34 << 1));
+    return shapes::runSet(system_power_io::SET_GPI_ACTIVE_MODE, cmdIndex, funName);
 }
 
 int FUNC_ST_SYSTEM_GET_GPO_PULLUP_MODE(int cmdIndex, char* funName) {
@@ -306,17 +328,7 @@ int FUNC_ST_SYSTEM_GET_GPO_PULLUP_MODE(int cmdIndex, char* funName) {
 }
 
 int FUNC_ST_SYSTEM_SET_GPO_PULLUP_MODE(int cmdIndex, char* funName) {
-    const char* internal = productIs(PULLUP_DEFAULT_MODELS) ? "0. Internal pull high (default)"
-                                                            : "0. Internal pull high";
-    int external12 = 0, external34 = 0;
-    if (!ask(menuText("========\t\tGPO12 Pull up Control \t\t========",
-                      {internal, "1. External pull high"}),
-             0, 1, &external12) ||
-        !ask(menuText("========\t\tGPO34 Pull up Control \t\t========",
-                      {internal, "1. External pull high"}),
-             0, 1, &external34))
-        return 0;
-    return setOneByte(cmdIndex, funName, static_cast<Byte>(external12 | external34 << 1));
+    return shapes::runSet(system_power_io::SET_GPO_PULLUP_MODE, cmdIndex, funName);
 }
 
 int FUNC_ST_SYSTEM_GET_MDO_STATUS(int cmdIndex, char* funName) {
@@ -356,7 +368,7 @@ int FUNC_ST_SYSTEM_GET_GSENSOR_DATA(int cmdIndex, char* funName) {
     if (r.verdict != 1) return r.verdict;
     sysrender::Answer a(r.bytes(), product(), fd());
     std::string text = sysrender::renderGsensor(static_cast<unsigned>(index), a);
-    warnShort(funName, a.size(), a.needed());
+    core::warnShortAnswer(r.answer, static_cast<int>(a.needed()), funName);
     print(text);
     return 1;
 }

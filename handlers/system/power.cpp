@@ -1,5 +1,6 @@
 // Power type, delay times, start-up/shut-down thresholds, supply range and watchdog:
 // the per-product tables, the packed bytes and what each GET prints.
+#include "power_io.h"
 #include "system_bespoke.h"
 #include "system_renders.h"
 #include "system_steps.h"
@@ -134,23 +135,40 @@ std::string renderWatchdog(const Answer& a) {
 
 using namespace sysflow;
 
+namespace system_power_io {
+
+constexpr const char* POWER_TYPE_TITLE = "========\t\tPower Type\t\t========";
+
+// The SET menus have product sets of their own, not the GET's; a product in none of them
+// is refused without an exchange, yet reported as done.
+const shapes::SetRow SET_POWER_TYPE = {
+    .variants = {{.models = {.names = {"KX01", "KX04", "KX08", "KX09", "KX12", "KX07", "KX11",
+                                       "KX06", "KX10", "KX05", "KX17", "KX18", "KX16", "KX15",
+                                       "KX13", "KX14", "KX20", "KX19", "KX02", "KX21", "KX69",
+                                       "KX32", "KX37", "KX38", "KX45", "KX49", "KX53", "KX40",
+                                       "KX41", "KX48", "KX60"}},
+                  .steps = {{.title = POWER_TYPE_TITLE,
+                             .options = {"0. 9 ~ 36V (Default)", "1. Reserved (9~36V)", "2. 24V",
+                                         "3. 12V"},
+                             .rule = shapes::Rule::None,
+                             .max = 3}}},
+                 {.models = {.names = {"KX54", "KX39", "KX70"}},
+                  .steps = {{.title = POWER_TYPE_TITLE,
+                             .options = {"0. 9 ~ 48V (Default)", "1. Reserved (9~48V)", "2. 24V",
+                                         "3. 12V"},
+                             .rule = shapes::Rule::None,
+                             .max = 3}}},
+                 {.models = {.names = {"KX29", "KX31", "KX34"}},
+                  .steps = {{.title = POWER_TYPE_TITLE,
+                             .options = {"0. 9 ~ 60V (Default)", "1. Reserved (9~60V)", "2. 24V",
+                                         "3. 12V"},
+                             .rule = shapes::Rule::None,
+                             .max = 3}}}},
+    .off = shapes::OffModel::NotSupported};
+
+}  // namespace system_power_io
+
 namespace {
-
-const char* const POWER_TYPE_TITLE = "========\t\tPower Type\t\t========";
-
-// The SET menus are their own product sets, not the GET's.
-struct PowerTypeMenu {
-    sysrender::ModelSet models;
-    const char* options[4];
-};
-const PowerTypeMenu POWER_TYPE_MENUS[] = {
-    {{"KX01", "KX04", "KX08", "KX09", "KX12", "KX07", "KX11", "KX06", "KX10", "KX05", "KX17",
-      "KX18", "KX16", "KX15", "KX13", "KX14", "KX20", "KX19", "KX02", "KX21", "KX69", "KX32",
-      "KX37", "KX38", "KX45", "KX49", "KX53", "KX40", "KX41", "KX48", "KX60"},
-     {"0. 9 ~ 36V (Default)", "1. Reserved (9~36V)", "2. 24V", "3. 12V"}},
-    {{"KX54", "KX39", "KX70"}, {"0. 9 ~ 48V (Default)", "1. Reserved (9~48V)", "2. 24V", "3. 12V"}},
-    {{"KX29", "KX31", "KX34"}, {"0. 9 ~ 60V (Default)", "1. Reserved (9~60V)", "2. 24V", "3. 12V"}},
-};
 
 // 55 "=", six blanks and one "=": the rule of the two-menu watchdog control, as it stands.
 const char* const WATCHDOG_ODD_RULE =
@@ -168,19 +186,7 @@ int FUNC_ST_SYSTEM_GET_POWER_TYPE(int cmdIndex, char* funName) {
 }
 
 int FUNC_ST_SYSTEM_SET_POWER_TYPE(int cmdIndex, char* funName) {
-    for (const PowerTypeMenu& menu : POWER_TYPE_MENUS) {
-        if (!productIs(menu.models)) continue;
-        int choice = 0;
-        if (!ask(menuText(POWER_TYPE_TITLE,
-                          {menu.options[0], menu.options[1], menu.options[2], menu.options[3]},
-                          NO_RULE),
-                 0, 3, &choice))
-            return 0;
-        return setOneByte(cmdIndex, funName, static_cast<Byte>(choice));
-    }
-    // Refused without an exchange, yet reported as done.
-    print(notSupported(RULE56));
-    return 1;
+    return shapes::runSet(system_power_io::SET_POWER_TYPE, cmdIndex, funName);
 }
 
 int FUNC_ST_SYSTEM_GET_DELAY_TIME_OPTION(int cmdIndex, char* funName) {

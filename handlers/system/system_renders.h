@@ -72,14 +72,8 @@ std::string renderFanRpm(const Answer& a);
 std::string renderSp339aMode(const Answer& a);
 std::string renderKeyLock(const Answer& a);
 
-// ---------------------------------------------------------------- radios, SIM, GPO/GPI
+// ---------------------------------------------------------------- AST
 
-// "<radio> Power Off" / "<radio> Power On" from byte 0 (WWAN, WIFI, BT, USB).
-std::string renderRadioStatus(const Answer& a, std::string_view radio);
-std::string renderSimCardStatus(const Answer& a);
-// One "GPO<n> High." / "GPO<n> Low." line per output line, bit n-1 of byte 0.
-std::string renderGpoStatus(const Answer& a);
-std::string renderGpiStatus(const Answer& a);
 // The AST request: at most 16 characters, zero-padded.
 std::array<Byte, 16> astRequest(std::string_view text);
 

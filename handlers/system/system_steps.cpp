@@ -43,19 +43,12 @@ FILE* input() {
     return core::handlerContext().input;
 }
 
-void warnShort(const char* funName, size_t got, size_t needed) {
-    if (got >= needed) return;
-    fflush(stdout);
-    fprintf(stderr, "%s: short answer to %s: %zu of %zu bytes\n", core::handlerContext().progName,
-            funName, got, needed);
-}
-
 int get(int cmdIndex, char* funName, Render render, std::span<const Byte> request, Warn warn) {
     Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
     if (r.verdict != 1) return r.verdict;
     sysrender::Answer a(r.bytes(), product(), fd());
     std::string text = render(a);
-    if (warn == Warn::Short) warnShort(funName, a.size(), a.needed());
+    if (warn == Warn::Short) core::warnShortAnswer(r.answer, static_cast<int>(a.needed()), funName);
     print(text);
     return 1;
 }

@@ -35,9 +35,6 @@ std::string_view product();  // the detected product name, with its line end
 bool productIs(sysrender::ModelSet models);
 FILE* input();
 
-// One stderr line when a render read more bytes than arrived.
-void warnShort(const char* funName, size_t got, size_t needed);
-
 using Render = std::string (*)(const sysrender::Answer&);
 enum class Warn { Short, Never };
 
