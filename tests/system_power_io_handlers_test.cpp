@@ -185,6 +185,11 @@ TEST(SystemPowerIoHandlers, RecordLoopsGoOnAfterAFailure) {
     ASSERT_EQ(r.sent.size(), 1u);
     EXPECT_EQ(r.sent[0].data, Bytes{5});
     EXPECT_EQ(count(r.out, "\tfd(" + std::to_string(board.fd()) + ") Parameter 0:0x50 0x51 "), 1u);
+    // ... and, outside "Show All", nothing of its own after a failed exchange.
+    board.sim.queueFault({brdsim::FaultKind::NoAnswer});
+    r = call(board, "ST_SYSTEM_GET_5D_01_MACHINE_PARAMETER", "5\n");
+    EXPECT_EQ(r.result, MCU_RESULT_TIMEOUT);
+    EXPECT_EQ(r.out.find(") Parameter"), std::string::npos) << r.out;
 }
 
 // Text and hexadecimal entry: padding, cut-off and each handler's own rules.

@@ -219,11 +219,6 @@ const sysrender::ModelSet SYSTEM_PARAMETER_SET_MODELS = {
     "KX05", "KX17", "KX18", "KX16", "KX15", "KX13", "KX14", "KX19"};
 const sysrender::ModelSet MACHINE_PARAMETER_SET_MODELS = {"KX07", "KX12", "KX17", "KX18"};
 
-// The answer of a reported exchange; none after a failure, so nothing stale shows.
-std::span<const Byte> answerOf(const Reported& r) {
-    return r.answer.ok() ? r.bytes() : std::span<const Byte>();
-}
-
 }  // namespace
 
 int FUNC_ST_SYSTEM_GET_MCU_VERSION(int cmdIndex, char* funName) {
@@ -266,10 +261,11 @@ int FUNC_ST_SYSTEM_GET_MACHINE_PARAMETER(int cmdIndex, char* funName) {
     if (index < 16) {
         const Byte request[] = {static_cast<Byte>(index)};
         Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
-        // The header shows 0 whatever the index: kept as the MCU tools print it.
-        print(sysrender::renderMachineParameter(0, sysrender::Answer(answerOf(r), product(), fd()),
+        if (r.verdict != 1) return r.verdict;
+        // The header shows 0 whatever the index: kept on purpose.
+        print(sysrender::renderMachineParameter(0, sysrender::Answer(r.bytes(), product(), fd()),
                                                 true));
-        return r.verdict;
+        return 1;
     }
     // Show all: sixteen records, each after its report, the next one asked for even when
     // an exchange failed.
