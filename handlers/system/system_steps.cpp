@@ -3,9 +3,7 @@
 #include "system_steps.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <thread>
 
 #include "context.h"
 #include "prompt.h"
@@ -61,11 +59,6 @@ void print(const std::string& text) {
     core::printText(text);
 }
 
-void pauseMs(int ms) {
-    fflush(stdout);
-    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
-}
-
 std::string menuText(const char* title, std::initializer_list<const char*> options, Rule rule,
                      const char* prompt) {
     std::string out;
@@ -82,12 +75,6 @@ std::string menuText(const char* title, std::initializer_list<const char*> optio
 bool ask(const std::string& text, int min, int max, int* value) {
     print(text);
     return checkSelect(input(), value, min, max) == 1;
-}
-
-std::string notSupported(const std::string& rule) {
-    return core::strprintf("========  %s does not support this function  ========\n",
-                           core::handlerContext().product) +
-           rule + "\n";
 }
 
 }  // namespace sysflow

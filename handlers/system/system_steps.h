@@ -46,7 +46,6 @@ int get(int cmdIndex, char* funName, Render render, std::span<const Byte> reques
 int set(int cmdIndex, char* funName, std::span<const Byte> request);
 
 void print(const std::string& text);
-void pauseMs(int ms);
 
 // The line that closes a menu before its prompt.
 struct Rule {
@@ -73,9 +72,5 @@ inline bool readWord(size_t width, std::string* word) {
 inline Hex readHex(unsigned long* value) {
     return shapes::readHex(input(), value);
 }
-
-// The line "========  <product> does not support this function  ========" (the product
-// keeps its line end), then `rule` and a line end.
-std::string notSupported(const std::string& rule);
 
 }  // namespace sysflow
