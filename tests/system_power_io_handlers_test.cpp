@@ -2,13 +2,16 @@
 // board on a pseudo-terminal, the real link, the table's handler of each row, scripted
 // answers at the prompts, and the exact requests the board received.
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <chrono>
+#include <filesystem>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "board_fixture.h"
+#include "run_program.h"
 #include "system/system_bespoke.h"
 
 namespace {
@@ -335,6 +338,32 @@ TEST(SystemPowerIoHandlers, GpiStatusOnTheOdmRow) {
         << out;
     ASSERT_EQ(board.sim.requests().size(), 1u);
     EXPECT_EQ(board.sim.requests()[0].device, 17);
+}
+
+// The program itself: brdcmd stores a MAC through its prompts, and a later run reads the
+// three identity records back from the board, one exchange each.
+TEST(SystemPowerIoHandlers, BrdcmdSetsAndReadsTheIdentityRecords) {
+    char dir[] = "/tmp/system_power_io.XXXXXX";
+    ASSERT_NE(mkdtemp(dir), nullptr);
+    brdsim::Simulator sim("KX12");
+    ASSERT_TRUE(sim.start());
+    brdsim::writeConfig(dir, "KX12", sim.ptyPath());
+    const std::vector<std::pair<std::string, std::string>> env = {{"BRDCTL_CONFIG_DIR", dir},
+                                                                  {"BRDCTL_PRODUCT", "KX12"}};
+    ProgramResult set = runProgram(BRDCMD_BIN, {"ST_SYSTEM_SET_06_01_SYSTEM_PARAMETER"},
+                                   "0\n0a1b2c3d4e5f\n", env, 20000);
+    EXPECT_EQ(set.status, 0) << set.out << set.err;
+    ProgramResult get =
+        runProgram(BRDCMD_BIN, {"ST_SYSTEM_GET_06_01_SYSTEM_PARAMETER"}, "", env, 20000);
+    EXPECT_EQ(get.status, 0) << get.err;
+    EXPECT_EQ(count(get.out, ") System Parameter MAC:0A1B2C3D4E5F\n"), 1u) << get.out;
+    EXPECT_EQ(count(get.out, ") System Parameter SOM S/N:1423419012345\n"), 1u) << get.out;
+    EXPECT_EQ(count(get.out, ") System Parameter SOM ASSY:CB24A0001\n"), 1u) << get.out;
+    std::vector<brdsim::Request> sent = sim.requests();
+    ASSERT_EQ(sent.size(), 4u);
+    EXPECT_EQ(std::tuple(sent[0].command, sent[0].data.size()), std::tuple(3, 17u));
+    for (size_t i = 1; i < 4; ++i) EXPECT_EQ(sent[i].data, Bytes{uint8_t(i - 1)});
+    std::filesystem::remove_all(dir);
 }
 
 }  // namespace
