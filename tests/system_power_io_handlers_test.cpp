@@ -323,21 +323,17 @@ TEST(SystemPowerIoHandlers, RefusalsAndShortAnswers) {
 // The ODM group's GPI row runs the system GPI handler: device 17, one line per input.
 TEST(SystemPowerIoHandlers, GpiStatusOnTheOdmRow) {
     BoardFixture board("KX07");
-    std::string out;
-    char name[] = "ST_ODM_GET_30_01_GPI_STATUS";
-    int index = 0;
-    ASSERT_EQ(findCommandIndex(name, &index), 1);
-    testing::internal::CaptureStdout();
-    int result = FUNC_ST_SYSTEM_GET_GPI_STATUS(index, name);
-    out = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(result, 1);
+    Outcome r = call(board, "ST_ODM_GET_30_01_GPI_STATUS", "");
+    EXPECT_EQ(r.result, 1);
     const std::string fd = "fd(" + std::to_string(board.fd()) + ") ";
-    EXPECT_NE(out.find("==========================\n" + fd + "GPI1 Low.\n" + fd + "GPI2 High.\n" +
-                       fd + "GPI3 High.\n" + fd + "GPI4 Low.\n==========================\n"),
-              std::string::npos)
-        << out;
-    ASSERT_EQ(board.sim.requests().size(), 1u);
-    EXPECT_EQ(board.sim.requests()[0].device, 17);
+    EXPECT_EQ(
+        count(r.out, "==========================\n" + fd + "GPI1 Low.\n" + fd + "GPI2 High.\n" +
+                         fd + "GPI3 High.\n" + fd + "GPI4 Low.\n==========================\n"),
+        1u)
+        << r.out;
+    ASSERT_EQ(r.sent.size(), 1u);
+    EXPECT_EQ(std::tuple(r.sent[0].device, r.sent[0].command, r.sent[0].address),
+              std::tuple(17, 2, 0x30));
 }
 
 // The program itself: brdcmd stores a MAC through its prompts, and a later run reads the
