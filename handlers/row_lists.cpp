@@ -3,6 +3,7 @@
 
 #include "fm/fm_handlers.h"
 #include "system/control.h"
+#include "system/power_io.h"
 #include "system/status.h"
 
 namespace row_lists {
@@ -11,6 +12,11 @@ namespace {
 const Group GROUPS[] = {
     {.name = "system status", .gets = &system_status::rows, .renders = &system_status::renders},
     {.name = "system control", .sets = &system_control::rows, .menus = &system_control::menus},
+    {.name = "system power, identity, I/O, fans, radios",
+     .gets = &system_power_io::rows,
+     .renders = &system_power_io::renders,
+     .sets = &system_power_io::setRows,
+     .menus = &system_power_io::menus},
     {.name = "FM", .renders = &fm::renders},
 };
 }  // namespace
