@@ -17,6 +17,7 @@
 #include <deque>
 #include <optional>
 
+#include "line_pacer.h"
 #include "sim_frame.h"
 
 namespace brdsim {
@@ -88,7 +89,13 @@ struct Simulator::Impl {
     std::atomic<bool> hungUp{false};
     Bytes inFrame;  // the request being received, from its start code
     bool inRequest = false;
-    Bytes outBuf;  // bytes the line did not take yet
+    Bytes outBuf;        // bytes the line did not take yet, from outHead on
+    size_t outHead = 0;  // the first byte of outBuf not yet written
+    LinePacer txPace, rxPace;
+    Bytes rxPending;  // bytes read from the host that the line has not delivered yet
+    std::atomic<size_t> backlog{0};
+    // Set before start() and only read afterwards.
+    std::map<uint8_t, DeviceHandler> deviceHandlers;
 
     // Shared with the callers, under `mu`.
     mutable std::mutex mu;
@@ -136,17 +143,40 @@ struct Simulator::Impl {
         flush();
     }
 
+    size_t outLeft() const { return outBuf.size() - outHead; }
+
     void flush() {
-        while (master && !outBuf.empty()) {
-            ssize_t n = ::write(master.fd, outBuf.data(), outBuf.size());
-            if (n > 0) {
-                outBuf.erase(outBuf.begin(), outBuf.begin() + n);
-            } else if (n < 0 && errno == EINTR) {
+        while (master && outLeft() > 0) {
+            Clock::time_point now = Clock::now();
+            size_t n = std::min(outLeft(), txPace.allowed(now));
+            if (n == 0) break;  // the line is busy: wait for its next slot
+            ssize_t w = ::write(master.fd, outBuf.data() + outHead, n);
+            if (w > 0) {
+                txPace.book(now, static_cast<size_t>(w));
+                outHead += static_cast<size_t>(w);
+            } else if (w < 0 && errno == EINTR) {
                 continue;
             } else {
                 break;  // EAGAIN: wait for POLLOUT; anything else: retry on the next pass
             }
         }
+        if (outHead == outBuf.size()) {
+            outBuf.clear();
+            outHead = 0;
+        } else if (outHead > 65536) {
+            outBuf.erase(outBuf.begin(), outBuf.begin() + static_cast<long>(outHead));
+            outHead = 0;
+        }
+        backlog = outLeft();
+    }
+
+    // Hands the parser what the line has delivered of the bytes read so far.
+    void takeDelivered() {
+        size_t n = rxPace.delivered(Clock::now(), rxPending.size());
+        if (n == 0) return;
+        Bytes now(rxPending.begin(), rxPending.begin() + static_cast<long>(n));
+        rxPending.erase(rxPending.begin(), rxPending.begin() + static_cast<long>(n));
+        feed(now.data(), now.size());
     }
 
     void hangUp() {
@@ -154,6 +184,9 @@ struct Simulator::Impl {
         master.reset();
         slaveHold.reset();
         outBuf.clear();
+        outHead = 0;
+        backlog = 0;
+        rxPending.clear();
         inRequest = false;
         inFrame.clear();
         std::lock_guard<std::mutex> g(mu);
@@ -197,6 +230,21 @@ struct Simulator::Impl {
         Bytes reply;
         std::optional<Fault> fault;
         Clock::time_point now = Clock::now();
+        auto handler = deviceHandlers.find(r.device);
+        if (r.crcOk && handler != deviceHandlers.end()) {
+            // Another part of the board answers for this device (outside `mu`: it may
+            // hand this simulator traffic of its own).
+            Bytes data = handler->second(r.command, r.address, r.data);
+            Bytes body = {r.device, r.command, r.address};
+            body.insert(body.end(), data.begin(), data.end());
+            {
+                std::lock_guard<std::mutex> g(mu);
+                log.push_back(std::move(r));
+            }
+            requestCond.notify_all();
+            send(stuff(withCrc(std::move(body))));
+            return;
+        }
         {
             std::lock_guard<std::mutex> g(mu);
             if (r.crcOk) {
@@ -294,17 +342,43 @@ struct Simulator::Impl {
         return static_cast<int>(std::max<long long>(left, 0));
     }
 
+    // How long serve() may sleep: until the next timed item, line slot or delivery.
+    Clock::duration sleepFor(int dueMs) {
+        Clock::time_point now = Clock::now();
+        Clock::time_point until =
+            dueMs < 0 ? Clock::time_point::max() : now + std::chrono::milliseconds(dueMs);
+        if (outLeft() > 0 && txPace.allowed(now) == 0)
+            until = std::min(until, txPace.nextSlot(now));
+        if (!rxPending.empty()) until = std::min(until, rxPace.nextDelivery(rxPending.size(), 0));
+        if (until == Clock::time_point::max()) return Clock::duration::max();
+        return until > now ? until - now : Clock::duration::zero();
+    }
+
     void serve() {
         uint8_t buf[1024];
+        // While paced, the host's bytes wait in the terminal until the line would have
+        // carried them: read only a little ahead of what the line delivered.
+        const size_t readAhead = rxPace.paced() ? 64 : sizeof buf;
         while (!stopping) {
-            int timeout = runDue();
+            takeDelivered();
+            Clock::duration wait = sleepFor(runDue());
             struct pollfd p[2] = {{wake.fd, POLLIN, 0}, {master.fd, 0, 0}};
             nfds_t count = 1;
             if (master) {
-                p[1].events = POLLIN | (outBuf.empty() ? 0 : POLLOUT);
+                bool canWrite = outLeft() > 0 && txPace.allowed(Clock::now()) > 0;
+                bool canRead = rxPending.size() < readAhead;
+                p[1].events = static_cast<short>((canRead ? POLLIN : 0) | (canWrite ? POLLOUT : 0));
                 count = 2;
             }
-            int r = ::poll(p, count, timeout);
+            struct timespec ts;
+            struct timespec* tsp = nullptr;
+            if (wait != Clock::duration::max()) {
+                auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(wait).count();
+                ts.tv_sec = static_cast<time_t>(ns / 1000000000);
+                ts.tv_nsec = static_cast<long>(ns % 1000000000);
+                tsp = &ts;
+            }
+            int r = ::ppoll(p, count, tsp, nullptr);
             if (r < 0) {
                 if (errno == EINTR) continue;
                 break;
@@ -314,9 +388,13 @@ struct Simulator::Impl {
                 (void)!::read(wake.fd, &v, sizeof v);
             }
             if (count == 2 && (p[1].revents & POLLOUT)) flush();
+            if (count == 2 && outLeft() > 0 && !(p[1].events & POLLOUT)) flush();
             if (count == 2 && (p[1].revents & (POLLIN | POLLHUP | POLLERR))) {
-                ssize_t n = ::read(master.fd, buf, sizeof buf);
-                if (n > 0) {
+                ssize_t n = ::read(master.fd, buf, readAhead - rxPending.size());
+                if (n > 0 && rxPace.paced()) {
+                    rxPace.book(Clock::now(), static_cast<size_t>(n));
+                    rxPending.insert(rxPending.end(), buf, buf + n);
+                } else if (n > 0) {
                     feed(buf, static_cast<size_t>(n));
                 } else if (n < 0 && errno != EAGAIN && errno != EINTR && errno != EIO) {
                     hangUp();
@@ -364,6 +442,8 @@ bool Simulator::start() {
     s.inRequest = false;
     s.inFrame.clear();
     s.outBuf.clear();
+    s.outHead = 0;
+    s.rxPending.clear();
     try {
         s.thread = std::thread([&s] { s.serve(); });
     } catch (...) {
@@ -388,6 +468,22 @@ void Simulator::stop() {
     std::lock_guard<std::mutex> g(s.mu);
     s.timed.clear();
     s.stream.on = false;
+}
+
+void Simulator::setLineRate(long baud) {
+    impl_->txPace = LinePacer(baud);
+    impl_->rxPace = LinePacer(baud);
+}
+
+void Simulator::setDeviceHandler(uint8_t device, DeviceHandler handler) {
+    impl_->deviceHandlers[device] = std::move(handler);
+}
+
+size_t Simulator::backlog() const {
+    size_t n = impl_->backlog;
+    std::lock_guard<std::mutex> g(impl_->mu);
+    for (const Impl::Timed& t : impl_->timed) n += t.bytes.size();
+    return n;
 }
 
 void Simulator::setAnswer(uint8_t device, uint8_t command, uint8_t address, Bytes data) {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -48,6 +49,16 @@ class Simulator {
     ~Simulator();
     Simulator(const Simulator&) = delete;
     Simulator& operator=(const Simulator&) = delete;
+
+    // Paces both directions as a serial line at `baud` would (10 bits a byte; 0: no
+    // pacing). Call before start().
+    void setLineRate(long baud);
+    // Requests for `device` are answered by `handler` (command, address, data -> answer
+    // data) instead of the register model. Call before start().
+    using DeviceHandler = std::function<Bytes(uint8_t, uint8_t, const Bytes&)>;
+    void setDeviceHandler(uint8_t device, DeviceHandler handler);
+    // Bytes waiting for the line (what the MCU has queued and not yet sent).
+    size_t backlog() const;
 
     // Opens the pseudo-terminal and starts serving it. False (with errno) on failure.
     bool start();

@@ -14,12 +14,13 @@
 namespace {
 
 const char kUsage[] =
-    "usage: brdsim [--product NAME] [--write-config DIR] [--can-rate N]\n"
+    "usage: brdsim [--product NAME] [--write-config DIR] [--can-rate N] [--line-rate BAUD]\n"
     "Opens a pseudo-terminal that answers as the board's system MCU, prints its path\n"
     "and serves it until SIGINT or SIGTERM.\n"
     "  --product NAME       the product model to answer as (default KX07)\n"
     "  --write-config DIR   write DIR/NAME.conf naming the pseudo-terminal\n"
     "  --can-rate N         send N unsolicited CAN frames per second\n"
+    "  --line-rate BAUD     pace both directions as a serial line at BAUD (10 bits a byte)\n"
     "  --help               show this text\n";
 
 int g_stopPipe[2] = {-1, -1};
@@ -51,12 +52,23 @@ bool parseCount(const std::string& s, int* out) {
     return true;
 }
 
+bool parseBaud(const std::string& s, long* out) {
+    if (s.empty()) return false;
+    char* end = nullptr;
+    errno = 0;
+    long v = std::strtol(s.c_str(), &end, 10);
+    if (errno != 0 || *end != '\0' || v < 300 || v > 4000000) return false;
+    *out = v;
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     std::string product = "KX07";
     std::string configDir;
     int canRate = 0;
+    long lineRate = 0;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         std::string value;
@@ -71,7 +83,8 @@ int main(int argc, char** argv) {
             std::fputs(kUsage, stdout);
             return 0;
         }
-        if (arg != "--product" && arg != "--write-config" && arg != "--can-rate")
+        if (arg != "--product" && arg != "--write-config" && arg != "--can-rate" &&
+            arg != "--line-rate")
             return usageError(argv[i], "unknown option");
         if (!hasValue) {
             if (i + 1 >= argc) return usageError(arg.c_str(), "missing value");
@@ -84,6 +97,9 @@ int main(int argc, char** argv) {
         } else if (arg == "--write-config") {
             if (value.empty()) return usageError("--write-config", "empty directory");
             configDir = value;
+        } else if (arg == "--line-rate") {
+            if (!parseBaud(value, &lineRate))
+                return usageError("--line-rate", "not a line rate (300-4000000 bits/s)");
         } else if (!parseCount(value, &canRate)) {
             return usageError("--can-rate", "not a number of frames per second (0-100000)");
         }
@@ -98,6 +114,7 @@ int main(int argc, char** argv) {
     sigaction(SIGTERM, &sa, nullptr);
 
     brdsim::Simulator sim(product);
+    sim.setLineRate(lineRate);
     if (!sim.start()) return fail("cannot open a pseudo-terminal", std::strerror(errno));
     if (!configDir.empty() && brdsim::writeConfig(configDir, product, sim.ptyPath()).empty()) {
         std::string what = "cannot write " + configDir + "/" + product + ".conf";
