@@ -159,6 +159,9 @@ struct MCU_CONTENT {
     CAN_SEND_INFO canSendInfo;
     std::atomic<unsigned long> receiveCANDataCount;
     std::atomic<unsigned int> receiveErrorCount;
+    // Whole reads of DECODER_READ_SIZE bytes that a decoder threw away: traffic lost
+    // because the receive thread fell behind.
+    std::atomic<unsigned long> receiveDropCount;
     MCU_INFO mcuInfo;
 
     // Hand-over between the receive thread and the waiter.

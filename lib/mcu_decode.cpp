@@ -29,6 +29,7 @@ int decodePortRead(MCU_CONTENT* m, int (*core)(MCU_CONTENT*, const BYTE*, unsign
     } while (n < 0 && errno == EINTR);
     // End of file or EIO: the other side has gone and the line will not come back.
     if (n == 0 || (n < 0 && errno == EIO)) m->lineHungUp = 1;
+    if (n >= static_cast<ssize_t>(DECODER_READ_SIZE)) m->receiveDropCount++;
     return core(m, buf, static_cast<unsigned int>(n));
 }
 
@@ -562,6 +563,8 @@ int pushCANDataToCallBackFunction(MCU_CONTENT* mcu_content, int index, int lengt
         }
     }
     m->canData = c;
+    // Which channel of the MCU the frame came from (6 or 7), for the callback to read.
+    if (!nxp) m->Device = at(index + 1);
     fillCounters(m, &cb);
     auto callback = callback_EventToLibrary.load();
     if (!callback) return 0;

@@ -96,6 +96,8 @@ struct Simulator::Impl {
     std::atomic<size_t> backlog{0};
     // Set before start() and only read afterwards.
     std::map<uint8_t, DeviceHandler> deviceHandlers;
+    Framing framing{ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0};
+    FrameHandler frameHandler;
 
     // Shared with the callers, under `mu`.
     mutable std::mutex mu;
@@ -213,7 +215,31 @@ struct Simulator::Impl {
         return {SET_ACK};
     }
 
+    // A frame of another controller type: its handler answers.
+    void handleForeignFrame(Bytes raw) {
+        Bytes plain(raw.size());
+        unsigned int n = unstuffFrame(framing.escape, raw.data(),
+                                      static_cast<unsigned int>(raw.size()), plain.data());
+        plain.resize(n);
+        Bytes reply = frameHandler(plain);
+        Request r;
+        r.raw = std::move(raw);
+        if (plain.size() >= 2) r.command = plain[1];
+        if (plain.size() > 3) r.data.assign(plain.begin() + 2, plain.end() - 1);
+        r.crcOk = true;
+        {
+            std::lock_guard<std::mutex> g(mu);
+            log.push_back(std::move(r));
+        }
+        requestCond.notify_all();
+        if (!reply.empty()) send(reply);
+    }
+
     void handleRequest(Bytes raw) {
+        if (frameHandler) {
+            handleForeignFrame(std::move(raw));
+            return;
+        }
         Request r;
         r.raw = std::move(raw);
         Bytes plain;
@@ -290,12 +316,12 @@ struct Simulator::Impl {
     void feed(const uint8_t* p, size_t n) {
         for (size_t i = 0; i < n && master; ++i) {
             uint8_t b = p[i];
-            if (b == kFrameStart) {
+            if (b == framing.start) {
                 inRequest = true;
                 inFrame.assign(1, b);
             } else if (inRequest) {
                 inFrame.push_back(b);
-                if (b == kFrameEnd) {
+                if (b == framing.end) {
                     inRequest = false;
                     handleRequest(std::move(inFrame));
                     inFrame.clear();
@@ -473,6 +499,11 @@ void Simulator::stop() {
 void Simulator::setLineRate(long baud) {
     impl_->txPace = LinePacer(baud);
     impl_->rxPace = LinePacer(baud);
+}
+
+void Simulator::setFrameHandler(Framing framing, FrameHandler handler) {
+    impl_->framing = framing;
+    impl_->frameHandler = std::move(handler);
 }
 
 void Simulator::setDeviceHandler(uint8_t device, DeviceHandler handler) {

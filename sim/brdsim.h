@@ -57,6 +57,15 @@ class Simulator {
     // data) instead of the register model. Call before start().
     using DeviceHandler = std::function<Bytes(uint8_t, uint8_t, const Bytes&)>;
     void setDeviceHandler(uint8_t device, DeviceHandler handler);
+    // Serves another controller type instead of the system MCU: frames run from
+    // `start` to `end` with `escape` stuffing, and `handler` gets each frame unstuffed
+    // (start and end codes included) and returns the bytes to write back (framed, or
+    // empty). Call before start().
+    struct Framing {
+        uint8_t start, end, escape;
+    };
+    using FrameHandler = std::function<Bytes(const Bytes&)>;
+    void setFrameHandler(Framing framing, FrameHandler handler);
     // Bytes waiting for the line (what the MCU has queued and not yet sent).
     size_t backlog() const;
 
@@ -113,7 +122,9 @@ Bytes encodeStCanFrame(uint8_t device, uint32_t id, uint8_t ide, uint8_t rtr, co
 bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, Bytes* out);
 
 // Writes DIR/<product>.conf naming `ptyPath` as the MCU device; returns the file path.
+// `canPtys` become enabled CAN_DEVICE lines, in order.
 std::string writeConfig(const std::string& dir, const std::string& product,
-                        const std::string& ptyPath, int debugLevel = 0);
+                        const std::string& ptyPath, int debugLevel = 0,
+                        const std::vector<std::string>& canPtys = {});
 
 }  // namespace brdsim

@@ -7,20 +7,33 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "brdsim.h"
+#include "can_bus.h"
+#include "nxp_controller.h"
 
 namespace {
 
 const char kUsage[] =
     "usage: brdsim [--product NAME] [--write-config DIR] [--can-rate N] [--line-rate BAUD]\n"
-    "Opens a pseudo-terminal that answers as the board's system MCU, prints its path\n"
-    "and serves it until SIGINT or SIGTERM.\n"
+    "              [--nxp N] [--bus-gen RATE] [--gen-count N] [--gen-id HEX]\n"
+    "Opens a pseudo-terminal that answers as the board's system MCU and one for each\n"
+    "NXP CAN controller, prints their paths (one a line, the MCU first) and serves\n"
+    "them until SIGINT or SIGTERM. A simulated CAN bus joins the MCU's two CAN channels\n"
+    "and the NXP controllers.\n"
     "  --product NAME       the product model to answer as (default KX07)\n"
     "  --write-config DIR   write DIR/NAME.conf naming the pseudo-terminal\n"
     "  --can-rate N         send N unsolicited CAN frames per second\n"
     "  --line-rate BAUD     pace both directions as a serial line at BAUD (10 bits a byte)\n"
+    "  --nxp N              number of NXP CAN controllers (0-4, default 1)\n"
+    "  --bus-gen RATE       put RATE frames per second on the CAN bus (max: as fast as\n"
+    "                       the lines take them), 8 bytes with a running counter\n"
+    "  --gen-count N        stop the generator after N frames (default: no end)\n"
+    "  --gen-id HEX         identifier of the generated frames (default 123; 8 digits:\n"
+    "                       extended)\n"
     "  --help               show this text\n";
 
 int g_stopPipe[2] = {-1, -1};
@@ -69,6 +82,11 @@ int main(int argc, char** argv) {
     std::string configDir;
     int canRate = 0;
     long lineRate = 0;
+    int nxpCount = 1;
+    int genRate = -1;  // -1 off, 0 as fast as the lines take
+    long genCount = -1;
+    uint32_t genId = 0x123;
+    bool genExt = false;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         std::string value;
@@ -83,9 +101,12 @@ int main(int argc, char** argv) {
             std::fputs(kUsage, stdout);
             return 0;
         }
-        if (arg != "--product" && arg != "--write-config" && arg != "--can-rate" &&
-            arg != "--line-rate")
-            return usageError(argv[i], "unknown option");
+        static const char* const kOptions[] = {"--product",   "--write-config", "--can-rate",
+                                               "--line-rate", "--nxp",          "--bus-gen",
+                                               "--gen-count", "--gen-id"};
+        bool known = false;
+        for (const char* o : kOptions) known = known || arg == o;
+        if (!known) return usageError(argv[i], "unknown option");
         if (!hasValue) {
             if (i + 1 >= argc) return usageError(arg.c_str(), "missing value");
             value = argv[++i];
@@ -97,6 +118,26 @@ int main(int argc, char** argv) {
         } else if (arg == "--write-config") {
             if (value.empty()) return usageError("--write-config", "empty directory");
             configDir = value;
+        } else if (arg == "--nxp") {
+            if (!parseCount(value, &nxpCount) || nxpCount > 4)
+                return usageError("--nxp", "not a number of controllers (0-4)");
+        } else if (arg == "--bus-gen") {
+            if (value == "max")
+                genRate = 0;
+            else if (!parseCount(value, &genRate) || genRate == 0)
+                return usageError("--bus-gen", "not a rate (1-100000 frames/s, or max)");
+        } else if (arg == "--gen-count") {
+            int n = 0;
+            if (!parseCount(value, &n)) return usageError("--gen-count", "not a count");
+            genCount = n;
+        } else if (arg == "--gen-id") {
+            char* end = nullptr;
+            unsigned long v = std::strtoul(value.c_str(), &end, 16);
+            genExt = value.size() == 8;
+            if (value.empty() || *end != '\0' || (value.size() != 3 && !genExt) ||
+                v > (genExt ? 0x1FFFFFFFUL : 0x7FFUL))
+                return usageError("--gen-id", "not a CAN identifier (3 or 8 hex digits)");
+            genId = static_cast<uint32_t>(v);
         } else if (arg == "--line-rate") {
             if (!parseBaud(value, &lineRate))
                 return usageError("--line-rate", "not a line rate (300-4000000 bits/s)");
@@ -113,20 +154,37 @@ int main(int argc, char** argv) {
     sigaction(SIGINT, &sa, nullptr);
     sigaction(SIGTERM, &sa, nullptr);
 
+    brdsim::CanBus bus;
     brdsim::Simulator sim(product);
     sim.setLineRate(lineRate);
+    brdsim::attachStChannels(sim, bus);
     if (!sim.start()) return fail("cannot open a pseudo-terminal", std::strerror(errno));
-    if (!configDir.empty() && brdsim::writeConfig(configDir, product, sim.ptyPath()).empty()) {
+    std::vector<std::unique_ptr<brdsim::NxpController>> nxp;
+    std::vector<std::string> canPtys;
+    for (int i = 0; i < nxpCount; ++i) {
+        nxp.push_back(std::make_unique<brdsim::NxpController>(bus));
+        nxp.back()->setLineRate(lineRate);
+        if (!nxp.back()->start())
+            return fail("cannot open a pseudo-terminal", std::strerror(errno));
+        canPtys.push_back(nxp.back()->ptyPath());
+    }
+    if (!configDir.empty() &&
+        brdsim::writeConfig(configDir, product, sim.ptyPath(), 0, canPtys).empty()) {
         std::string what = "cannot write " + configDir + "/" + product + ".conf";
         return fail(what.c_str(), std::strerror(errno));
     }
     std::printf("%s\n", sim.ptyPath().c_str());
+    for (const std::string& p : canPtys) std::printf("%s\n", p.c_str());
     std::fflush(stdout);
     if (canRate > 0) sim.startCanStream(canRate, -1);
+    if (genRate >= 0)
+        bus.startGenerator(genRate, genCount, genId, genExt, brdsim::CanBus::DEFAULT_RATE_CODE);
 
     char c;
     while (read(g_stopPipe[0], &c, 1) < 0 && errno == EINTR) {
     }
+    bus.stopGenerator();
+    for (auto& c : nxp) c->stop();
     sim.stop();
     return 0;
 }

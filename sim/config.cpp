@@ -9,7 +9,8 @@
 namespace brdsim {
 
 std::string writeConfig(const std::string& dir, const std::string& product,
-                        const std::string& ptyPath, int debugLevel) {
+                        const std::string& ptyPath, int debugLevel,
+                        const std::vector<std::string>& canPtys) {
     std::string model = product;
     while (!model.empty() && (model.back() == '\n' || model.back() == ' ')) model.pop_back();
     if (::mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) return {};
@@ -30,12 +31,16 @@ std::string writeConfig(const std::string& dir, const std::string& product,
                  "WRITE_SIZE=128\n"
                  "VERIFY_SIZE=128\n"
                  "FW_MODEL=%s\n"
-                 "<CAN_INFO>\n"
-                 "# the simulated board has no separate CAN controller\n"
-                 "CAN_DEVICE=/dev/ttyACM0,115200,0\n"
-                 "<CAN_UPDATE_INFO>\n"
-                 "FILE_PATH=/lib/firmware/board/can.bin\n",
+                 "<CAN_INFO>\n",
                  model.c_str(), ptyPath.c_str(), debugLevel, model.c_str());
+    if (canPtys.empty())
+        std::fprintf(f,
+                     "# the simulated board has no separate CAN controller\n"
+                     "CAN_DEVICE=/dev/ttyACM0,115200,0\n");
+    for (const std::string& p : canPtys) std::fprintf(f, "CAN_DEVICE=%s,115200,1\n", p.c_str());
+    std::fprintf(f,
+                 "<CAN_UPDATE_INFO>\n"
+                 "FILE_PATH=/lib/firmware/board/can.bin\n");
     bool ok = std::ferror(f) == 0;
     if (std::fclose(f) != 0) ok = false;
     // Renamed into place so that a reader never sees half a file.
