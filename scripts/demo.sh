@@ -36,3 +36,19 @@ step "brdcmd: a SET with a scripted answer (buzzer on), then the decoded GET"
 echo "1" | run "$BIN/brdcmd" ST_SYSTEM_SET_4B_01_BUZZER_CONTROL
 echo
 run "$BIN/brdcmd" BUZZER_STATUS
+
+step "brdcan: the CAN channels (the system MCU's st1, st2 and the NXP controller nxp0)"
+run "$BIN/brdcan" list
+step "brdcan: dump nxp0 (candump lines) while frames are sent on st1 (cansend syntax)"
+"$BIN/brdcan" dump -n 3 -T 3000 nxp0 >"$WORK/dump.out" 2>/dev/null &
+DUMP=$!
+sleep 0.3
+run "$BIN/brdcan" send st1 123#DEADBEEF
+run "$BIN/brdcan" send st1 1F334455#11.22.33
+run "$BIN/brdcan" send st1 7FF#R2
+wait $DUMP || true
+echo
+echo "\$ brdcan dump -n 3 nxp0"
+cat "$WORK/dump.out"
+step "brdcan: the NXP controller's versions and input voltage"
+run "$BIN/brdcan" info nxp0

@@ -157,6 +157,8 @@ int startUp(const std::vector<std::string>& channelNames, BrdConfig* whole) {
     }
     if (mcu_content != nullptr) prepareLink(mcu_content, Controller::St);
     for (int i = 0; i < nCANDevice; ++i) prepareLink(can_content[i], Controller::Nxp);
+    // The port layer's lock text ends without a line end.
+    if (mcu_content != nullptr || nCANDevice > 0) fputc('\n', stderr);
     return 0;
 }
 
