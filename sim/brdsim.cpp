@@ -418,7 +418,7 @@ struct Simulator::Impl {
             if (count == 2 && (p[1].revents & (POLLIN | POLLHUP | POLLERR))) {
                 ssize_t n = ::read(master.fd, buf, readAhead - rxPending.size());
                 if (n > 0 && rxPace.paced()) {
-                    rxPace.book(Clock::now(), static_cast<size_t>(n));
+                    rxPace.receive(Clock::now(), static_cast<size_t>(n));
                     rxPending.insert(rxPending.end(), buf, buf + n);
                 } else if (n > 0) {
                     feed(buf, static_cast<size_t>(n));

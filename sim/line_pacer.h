@@ -20,10 +20,13 @@ class LinePacer {
 
     // Sending side: how many bytes may be handed to the line at `now`. A byte may go
     // once its slot on the line starts within `quantum` of now, so writes come in small
-    // bursts while the rate over any longer span stays the line's.
+    // bursts while the rate over any span longer than two quanta stays the line's.
     size_t allowed(Clock::time_point now) const;
-    // Books `n` bytes on the line at `now` (they were written, or received).
+    // Books `n` bytes written at `now`.
     void book(Clock::time_point now, size_t n);
+    // Books `n` bytes read from the other end at `now`: they arrive one byte time
+    // apart, after those still on the line.
+    void receive(Clock::time_point now, size_t n);
     // Sending side: when the next byte may go (meaningful when allowed() gave 0).
     Clock::time_point nextSlot(Clock::time_point now) const;
 
