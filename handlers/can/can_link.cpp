@@ -1,8 +1,6 @@
 // The CAN request routine and the pool entries it uses.
 #include "can/can_link.h"
 
-#include "exchange.h"
-
 namespace can {
 
 namespace {
@@ -44,12 +42,13 @@ void prepareLink(MCU_CONTENT* link, Controller controller) {
         link->nxpMode = NXP_MODE_AP;
 }
 
-int canExchange(const Channel& c, Op op, const Bytes& data, Bytes* payload) {
+int canExchange(const Channel& c, Op op, const Bytes& data, Bytes* payload, core::Answer* raw) {
     const RequestLayout* layout = findLayout(c.controller, op);
     if (layout == nullptr || c.link == nullptr) return MCU_RESULT_NO_COMMAND;
     int type = c.controller == Controller::St ? MCU_TYPE_ST : MCU_TYPE_NXP;
     core::Answer a = core::exchange(c.link, type, core::apModeOf(type), requestIndex(c, op),
                                     std::span<const BYTE>(data.data(), data.size()));
+    if (raw != nullptr) *raw = a;
     if (!a.ok()) return a.result < 0 ? a.result : CAN_NO_ANSWER;
     const BYTE* out = a.bytes.data();
     int outLen = a.length;
