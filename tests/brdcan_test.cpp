@@ -341,3 +341,85 @@ TEST_F(BrdcanTest, ReplayOfARecordedLog) {
               "  nxp0  100   [1]  01\n"
               "  nxp0  1ABCDEF0   [0]  remote request\n");
 }
+
+// brdcmd's CAN rows: what each asks, what it sends and what it prints decoded.
+TEST_F(BrdcanTest, BrdcmdCanRowsSendTheTableLayouts) {
+    struct Case {
+        const char* row;
+        const char* input;
+        bool onNxp;
+        Bytes unstuffed;    // as in RequestBytesOfEachCommand
+        const char* shows;  // a line the output holds
+    } cases[] = {
+        {"ST_CAN1_SET_01_01_SPEED", "5\n", false, {6, 3, 1, 4}, "5. 125 kbit/s\n"},
+        {"NXP_CAN_AP_10_SET_SPEED",
+         "x\n9\n",
+         true,
+         {0x10, 8},
+         "Input Error !!! Please input a number."},
+        {"ST_CAN2_SET_02_01_FILTER",
+         "12G\n120:7F0\n",
+         false,
+         {7, 3, 2, 1, 0x20, 1, 0, 0, 0xF0, 7, 0, 0, 0},
+         "Input Error !!! filter must be ID:MASK"},
+        {"ST_CAN1_SET_02_01_DISABLE_AND_CLEAR_ALL_FILTER",
+         "",
+         false,
+         {6, 3, 2, 0},
+         "command executed successfully"},
+        {"NXP_CAN_AP_20_EDIT_MESSAGE_TO_SENDING",
+         "1F334455#11.22\n",
+         true,
+         {0x20, 0x55, 0x44, 0x33, 0x1F, 1, 0, 2, 0x11, 0x22, 0, 0, 0, 0, 0, 0},
+         "command executed successfully"},
+        {"ST_CAN2_SET_03_01_SEND_MESSAGE",
+         "123#R\n",
+         false,
+         {7, 3, 3, 0x23, 1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+         "command executed"},
+        {"ST_CAN1_SET_04_01_STOP_TRANSMIT", "", false, {6, 3, 4}, "command executed"},
+        {"ST_CAN2_SET_05_01_CLEAR_RECEIVE_FIFO", "", false, {7, 3, 5}, "command executed"},
+        {"ST_CAN1_GET_01_01_ERROR_CODE", "", false, {6, 2, 1}, ") Last error: "},
+        {"NXP_CAN_AP_34_GET_ERROR_CODE", "", true, {0x34}, ") Errors seen: "},
+        {"NXP_CAN_AP_02_READ_FW_VERSION", "", true, {0x02}, "Firmware version: 1.4.2\n"},
+        {"NXP_CAN_AP_04_READ_BL_VERSION", "", true, {0x04}, "Boot loader version: 1.0.7\n"},
+        {"NXP_CAN_AP_50_READ_INPUT_VOLTAGE", "", true, {0x50}, "Input voltage: 12.150 V\n"},
+    };
+    for (const Case& c : cases) {
+        sim.clearRequests();
+        nxp.port().clearRequests();
+        ProgramResult r =
+            runProgram(BRDCMD_BIN, {c.row}, c.input,
+                       {{"BRDCTL_PRODUCT", "KX07"}, {"BRDCTL_CONFIG_DIR", dir}}, 10000);
+        EXPECT_EQ(r.status, 0) << c.row << ": " << r.err;
+        EXPECT_NE(r.out.find(c.shows), std::string::npos) << c.row << ":\n" << r.out;
+        brdsim::Simulator& port = c.onNxp ? nxp.port() : sim;
+        auto reqs = port.requests();
+        ASSERT_EQ(reqs.size(), 1u) << c.row;
+        Bytes got;
+        if (!c.onNxp) got = {reqs[0].device, reqs[0].address};
+        got.insert(got.begin() + (c.onNxp ? 0 : 1), reqs[0].command);
+        got.insert(got.end(), reqs[0].data.begin(), reqs[0].data.end());
+        EXPECT_EQ(got, c.unstuffed) << c.row;
+    }
+    // End of input at a prompt sends nothing.
+    sim.clearRequests();
+    ProgramResult r = runProgram(BRDCMD_BIN, {"ST_CAN1_SET_03_01_SEND_MESSAGE"}, "",
+                                 {{"BRDCTL_PRODUCT", "KX07"}, {"BRDCTL_CONFIG_DIR", dir}}, 10000);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("input ended"), std::string::npos) << r.err;
+    EXPECT_EQ(sim.requestCount(), 0u);
+}
+
+// The series row runs the link's send thread and prints its summary.
+TEST_F(BrdcanTest, BrdcmdSeriesRow) {
+    ProgramResult r = runProgram(BRDCMD_BIN, {"NXP_CAN_AP_AUTO_SEND"}, "7A\n3\n1\n",
+                                 {{"BRDCTL_PRODUCT", "KX07"}, {"BRDCTL_CONFIG_DIR", dir}}, 10000);
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("sendTotalCount(3), sendCommandSuccessCount(3), sendCommandErrorCount(0)"),
+              std::string::npos)
+        << r.out;
+    auto reqs = nxp.port().requests();
+    ASSERT_EQ(reqs.size(), 3u);
+    EXPECT_EQ(reqs[2].data, (Bytes{0x7A, 0, 0, 0, 4, 0, 8, 3, 0, 0, 0, 0, 0, 0, 3}));
+}
