@@ -423,3 +423,71 @@ TEST_F(BrdcanTest, BrdcmdSeriesRow) {
     ASSERT_EQ(reqs.size(), 3u);
     EXPECT_EQ(reqs[2].data, (Bytes{0x7A, 0, 0, 0, 4, 0, 8, 3, 0, 0, 0, 0, 0, 0, 3}));
 }
+
+// python-can's slcan interface drives nxp0 through the bridge: it sets the bit rate,
+// opens the channel, asks the version, sends an unknown command (BEL, and the bridge goes
+// on), sends a standard and a remote extended frame (dumped on st1) and receives what st1
+// sends.
+TEST_F(BrdcanTest, SlcanBridgeDrivenByPythonCan) {
+    Background bridge({"slcan", "nxp0"}, dir, "slcan");
+    bridge.waitReady();
+    std::string pty = bridge.out();
+    ASSERT_FALSE(pty.empty());
+    pty.pop_back();
+    ASSERT_EQ(brdcan({"bitrate", "st1", "250k"}).status, 0);
+    Background dump({"dump", "-n", "2", "-T", "8000", "st1"}, dir, "dump");
+    dump.waitReady();
+    std::string script = dir + "/client.py", ready = dir + "/sent", pyOut = dir + "/client.out";
+    std::ofstream(script) << "import can, sys\n"
+                             "bus = can.interface.Bus(interface='slcan', channel=sys.argv[1], "
+                             "bitrate=250000, sleep_after_open=0)\n"
+                             "print('version', bus.get_version(2.0))\n"
+                             "bus.serialPortOrig.write(b'Q\\r')\n"
+                             "bus.send(can.Message(arbitration_id=0x321, data=[1, 2, 3], "
+                             "is_extended_id=False))\n"
+                             "bus.send(can.Message(arbitration_id=0x1ABCDE, is_remote_frame=True, "
+                             "dlc=2, is_extended_id=True))\n"
+                             "open(sys.argv[2], 'w').close()\n"
+                             "for i in range(2):\n"
+                             "    m = bus.recv(8.0)\n"
+                             "    print(hex(m.arbitration_id), m.is_extended_id, "
+                             "m.is_remote_frame, m.dlc, m.data.hex())\n"
+                             "bus.shutdown()\n";
+    pid_t py = fork();
+    if (py == 0) {
+        int fd = open(pyOut.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        dup2(fd, 1);
+        dup2(fd, 2);
+        execl("/usr/bin/python3", "python3", script.c_str(), pty.c_str(), ready.c_str(),
+              static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    ASSERT_TRUE(dump.wait(8000));
+    EXPECT_EQ(dump.out(),
+              "  st1  321   [3]  01 02 03\n"
+              "  st1  001ABCDE   [2]  remote request\n");
+    for (int i = 0; i < 400 && access(ready.c_str(), F_OK) != 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_EQ(brdcan({"send", "st1", "123#DEADBEEF"}).status, 0);
+    ASSERT_EQ(brdcan({"send", "st1", "12345678#R"}).status, 0);
+    int st = 0;
+    ASSERT_EQ(waitpid(py, &st, 0), py);
+    EXPECT_TRUE(WIFEXITED(st) && WEXITSTATUS(st) == 0);
+    EXPECT_EQ(readFile(pyOut),
+              "version (10, 13)\n"
+              "0x123 False False 4 deadbeef\n"
+              "0x12345678 True True 0 \n");
+    std::vector<Bytes> sent;
+    for (const auto& r : nxp.port().requests()) {
+        Bytes b = {r.command};
+        b.insert(b.end(), r.data.begin(), r.data.end());
+        sent.push_back(b);
+    }
+    ASSERT_EQ(sent.size(), 3u);
+    EXPECT_EQ(sent[0], (Bytes{0x10, 5}));
+    EXPECT_EQ(sent[1], (Bytes{0x20, 0x21, 3, 0, 0, 0, 0, 3, 1, 2, 3, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(sent[2], (Bytes{0x20, 0xDE, 0xBC, 0x1A, 0, 1, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0}));
+    kill(bridge.pid, SIGINT);
+    ASSERT_TRUE(bridge.wait(3000));
+    EXPECT_EQ(bridge.status, 0);
+}
