@@ -491,3 +491,20 @@ TEST_F(BrdcanTest, SlcanBridgeDrivenByPythonCan) {
     ASSERT_TRUE(bridge.wait(3000));
     EXPECT_EQ(bridge.status, 0);
 }
+
+// -l writes the log lines into a file named as candump names it, nothing on stdout.
+TEST_F(BrdcanTest, LogFileNamedAsCandumpNamesIt) {
+    Background dump({"dump", "-l", "-n", "1", "-T", "5000", "st2"}, dir, "dump");
+    dump.waitReady();
+    ASSERT_EQ(brdcan({"send", "nxp0", "7FF#0102"}).status, 0);
+    ASSERT_TRUE(dump.wait(5000));
+    EXPECT_EQ(dump.status, 0);
+    EXPECT_EQ(dump.out(), "");
+    std::string err = dump.err();
+    size_t at = err.find("brdcan: logging to candump-");
+    ASSERT_NE(at, std::string::npos) << err;
+    std::string name = err.substr(at + 19, err.find('\n', at) - at - 19);
+    EXPECT_EQ(name.size(), std::string("candump-2026-11-23_201500.log").size()) << name;
+    std::string log = readFile(dir + "/" + name);
+    EXPECT_EQ(log.substr(log.find(')')), ") st2 7FF#0102\n") << log;
+}
