@@ -96,7 +96,7 @@ struct Simulator::Impl {
     std::atomic<size_t> backlog{0};
     // Set before start() and only read afterwards.
     std::map<uint8_t, DeviceHandler> deviceHandlers;
-    Framing framing{ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0};
+    Framing framing{kFrameStart, kFrameEnd, kFrameEscape};
     FrameHandler frameHandler;
 
     // Shared with the callers, under `mu`.
@@ -217,10 +217,8 @@ struct Simulator::Impl {
 
     // A frame of another controller type: its handler answers.
     void handleForeignFrame(Bytes raw) {
-        Bytes plain(raw.size());
-        unsigned int n = unstuffFrame(framing.escape, raw.data(),
-                                      static_cast<unsigned int>(raw.size()), plain.data());
-        plain.resize(n);
+        Bytes plain;
+        unstuffWith(framing.escape, raw, &plain);
         Bytes reply = frameHandler(plain);
         Request r;
         r.raw = std::move(raw);

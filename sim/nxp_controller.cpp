@@ -1,7 +1,7 @@
 // The simulated NXP CAN controller and the ST CAN channels on the simulated bus.
 #include "nxp_controller.h"
 
-#include "mcu_base.h"
+#include "sim_frame.h"
 
 namespace brdsim {
 
@@ -14,13 +14,13 @@ constexpr uint8_t FAIL = 0;
 constexpr uint8_t ST_IDE_EXT = 4, ST_RTR_REMOTE = 2;
 constexpr uint8_t NXP_IDE_EXT = 1, NXP_RTR_REMOTE = 1;
 
+// The NXP controller's framing in application mode.
+constexpr uint8_t NXP_START_CODE_C1 = 0xC1;
+constexpr uint8_t NXP_END_CODE_C2 = 0xC2;
+constexpr uint8_t ESCAPE_CODE_C0 = 0xC0;
+
 Bytes frame(uint8_t start, uint8_t end, uint8_t escape, const Bytes& body) {
-    Bytes out(2 * body.size() + 2);
-    unsigned int n =
-        stuffFrame(start, end, escape, body.data(), static_cast<unsigned int>(body.size()),
-                   out.data(), static_cast<unsigned int>(out.size()));
-    out.resize(n);
-    return out;
+    return stuffWith(start, end, escape, body);
 }
 
 uint32_t le32(const Bytes& b, size_t at) {
@@ -72,7 +72,7 @@ Bytes encodeNxpCanFrame(const CanMessage& m) {
     body.push_back(m.dlc);
     for (int k = 0; k < m.dlc; ++k) body.push_back(m.rtr ? 0 : m.data[k]);
     body.push_back(NXP_END_CODE_C2);
-    // stuffFrame adds the start and end codes itself.
+    // frame() adds the start and end codes itself.
     return frame(NXP_START_CODE_C1, NXP_END_CODE_C2, ESCAPE_CODE_C0,
                  Bytes(body.begin() + 1, body.end() - 1));
 }
