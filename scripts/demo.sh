@@ -52,3 +52,34 @@ echo "\$ brdcan dump -n 3 nxp0"
 cat "$WORK/dump.out"
 step "brdcan: the NXP controller's versions and input voltage"
 run "$BIN/brdcan" info nxp0
+
+step "brdflash: a firmware image for the system MCU (vector table, model tag at 0x0800F000)"
+{
+    printf '\x00\x50\x00\x20\x01\x42\x00\x08'        # stack at the top of RAM, reset handler
+    head -c $((0xB000 - 8)) /dev/urandom
+    printf 'KX07 1.2.0\0'
+    head -c $((0x5000 - 11)) /dev/urandom
+} >"$WORK/mcu.bin"
+IMAGE=$WORK/mcu.bin
+if command -v srec_cat >/dev/null; then
+    srec_cat "$WORK/mcu.bin" -binary -offset 0x08004000 -o "$WORK/mcu.hex" -intel
+    IMAGE=$WORK/mcu.hex
+fi
+run "$BIN/brdflash" mcu --info
+run "$BIN/brdflash" mcu "$IMAGE" --dry-run
+step "brdflash: the update (progress on stderr, summary on stdout), then verify it"
+run "$BIN/brdflash" mcu "$IMAGE"
+run "$BIN/brdflash" mcu "$IMAGE" --verify-only --json
+step "brdflash: an image for another model is refused before anything is sent"
+sed 's/KX07 1.2.0/KX99 1.2.0/' "$WORK/mcu.bin" >"$WORK/other.bin"
+run "$BIN/brdflash" mcu "$WORK/other.bin"
+
+step "brdflash: the CAN MCU (boot loader framing F1/F2, every block read back)"
+{
+    printf '\x00\x90\x00\x10\x41\x21\x00\x00'        # stack in SRAM at 0x10000000, reset handler
+    head -c $((0x400 - 8)) /dev/urandom
+    printf 'KX07 2.0.1\0'
+    head -c $((0x1C00 - 11)) /dev/urandom
+} >"$WORK/can.bin"
+run "$BIN/brdflash" can "$WORK/can.bin" --quiet
+run "$BIN/brdflash" can --info

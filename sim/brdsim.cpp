@@ -17,6 +17,7 @@
 #include <deque>
 #include <optional>
 
+#include "bootloader.h"
 #include "line_pacer.h"
 #include "sim_frame.h"
 
@@ -31,6 +32,7 @@ constexpr uint8_t CMD_SET = 0x03;
 constexpr uint8_t CMD_EVENT = 0x04;
 constexpr uint8_t SET_ACK = 0x01;
 constexpr uint8_t CAN_STREAM_DEVICE = 0x06;
+constexpr uint8_t IAP_DEVICE = 0x03;        // the boot loader's rows
 constexpr size_t MAX_REQUEST_BYTES = 4096;  // a request longer than this is junk
 // Junk that holds no start, end or escape code.
 const Bytes kGarbage = {0x55, 0xAA, 0x13, 0x37};
@@ -94,10 +96,19 @@ struct Simulator::Impl {
     LinePacer txPace, rxPace;
     Bytes rxPending;  // bytes read from the host that the line has not delivered yet
     std::atomic<size_t> backlog{0};
+    // Bytes taken from and written to the line, for measurements.
+    std::atomic<uint64_t> bytesIn{0}, bytesOut{0};
     // Set before start() and only read afterwards.
     std::map<uint8_t, DeviceHandler> deviceHandlers;
     Framing framing{kFrameStart, kFrameEnd, kFrameEscape};
     FrameHandler frameHandler;
+    // A second framing the controller switches to while `altActive` says so (the CAN
+    // MCU's boot loader).
+    Framing altFraming{};
+    std::function<bool()> altActive;
+    std::unique_ptr<BootLoader> boot;  // answers the IAP rows
+
+    const Framing& activeFraming() const { return altActive && altActive() ? altFraming : framing; }
 
     // Shared with the callers, under `mu`.
     mutable std::mutex mu;
@@ -155,6 +166,7 @@ struct Simulator::Impl {
             ssize_t w = ::write(master.fd, outBuf.data() + outHead, n);
             if (w > 0) {
                 txPace.book(now, static_cast<size_t>(w));
+                bytesOut += static_cast<uint64_t>(w);
                 outHead += static_cast<size_t>(w);
             } else if (w < 0 && errno == EINTR) {
                 continue;
@@ -218,7 +230,7 @@ struct Simulator::Impl {
     // A frame of another controller type: its handler answers.
     void handleForeignFrame(Bytes raw) {
         Bytes plain;
-        unstuffWith(framing.escape, raw, &plain);
+        unstuffWith(activeFraming().escape, raw, &plain);
         Bytes reply = frameHandler(plain);
         Request r;
         r.raw = std::move(raw);
@@ -254,6 +266,18 @@ struct Simulator::Impl {
         Bytes reply;
         std::optional<Fault> fault;
         Clock::time_point now = Clock::now();
+        if (r.crcOk && r.device == IAP_DEVICE) {
+            BootLoader::Reply b = boot->st(r.command, r.address, r.data);
+            Bytes body = {r.device, r.command, r.address};
+            body.insert(body.end(), b.data.begin(), b.data.end());
+            {
+                std::lock_guard<std::mutex> g(mu);
+                log.push_back(std::move(r));
+            }
+            requestCond.notify_all();
+            if (!b.lost) send(stuff(withCrc(std::move(body), b.corrupt ? 0x5A : 0)));
+            return;
+        }
         auto handler = deviceHandlers.find(r.device);
         if (r.crcOk && handler != deviceHandlers.end()) {
             // Another part of the board answers for this device (outside `mu`: it may
@@ -312,8 +336,10 @@ struct Simulator::Impl {
     // Takes the bytes of one read: request frames run from a start code to an end code;
     // bytes outside a frame are ignored.
     void feed(const uint8_t* p, size_t n) {
+        bytesIn += n;
         for (size_t i = 0; i < n && master; ++i) {
             uint8_t b = p[i];
+            const Framing& framing = activeFraming();
             if (b == framing.start) {
                 inRequest = true;
                 inFrame.assign(1, b);
@@ -430,6 +456,24 @@ struct Simulator::Impl {
 
 Simulator::Simulator(std::string product) : product_(std::move(product)), impl_(new Impl) {
     impl_->product = product_;
+    impl_->boot = std::make_unique<BootLoader>(stFlashLayout(), product_ + " 0.9.0");
+}
+
+uint64_t Simulator::bytesReceived() const {
+    return impl_->bytesIn;
+}
+
+uint64_t Simulator::bytesSent() const {
+    return impl_->bytesOut;
+}
+
+BootLoader& Simulator::bootLoader() {
+    return *impl_->boot;
+}
+
+void Simulator::setAltFraming(Framing framing, std::function<bool()> active) {
+    impl_->altFraming = framing;
+    impl_->altActive = std::move(active);
 }
 
 Simulator::~Simulator() {

@@ -13,9 +13,9 @@
 #include <tuple>
 #include <vector>
 
-namespace brdsim {
+#include "bootloader.h"
 
-using Bytes = std::vector<uint8_t>;
+namespace brdsim {
 
 // What can go wrong with the answer to the next request(s).
 enum class FaultKind {
@@ -66,6 +66,8 @@ class Simulator {
     };
     using FrameHandler = std::function<Bytes(const Bytes&)>;
     void setFrameHandler(Framing framing, FrameHandler handler);
+    // While `active` returns true, frames use `framing` instead (set before start()).
+    void setAltFraming(Framing framing, std::function<bool()> active);
     // Bytes waiting for the line (what the MCU has queued and not yet sent).
     size_t backlog() const;
 
@@ -102,6 +104,11 @@ class Simulator {
     bool waitForRequests(size_t n, int timeoutMs) const;
     // True once a HangUp fault has closed the line.
     bool hungUp() const;
+    // The system MCU's boot loader and flash (IAP rows, device 3).
+    BootLoader& bootLoader();
+    // Bytes the simulator took from the line and wrote to it since start.
+    uint64_t bytesReceived() const;
+    uint64_t bytesSent() const;
 
    private:
     struct Impl;

@@ -20,6 +20,7 @@ namespace {
 const char kUsage[] =
     "usage: brdsim [--product NAME] [--write-config DIR] [--can-rate N] [--line-rate BAUD]\n"
     "              [--nxp N] [--bus-gen RATE] [--gen-count N] [--gen-id HEX]\n"
+    "              [--flash-timing] [--flash-fault KIND@N]...\n"
     "Opens a pseudo-terminal that answers as the board's system MCU and one for each\n"
     "NXP CAN controller, prints their paths (one a line, the MCU first) and serves\n"
     "them until SIGINT or SIGTERM. A simulated CAN bus joins the MCU's two CAN channels\n"
@@ -34,6 +35,10 @@ const char kUsage[] =
     "  --gen-count N        stop the generator after N frames (default: no end)\n"
     "  --gen-id HEX         identifier of the generated frames (default 123; 8 digits:\n"
     "                       extended)\n"
+    "  --flash-timing       flash erase and writes take the time a real part needs\n"
+    "  --flash-fault KIND@N a fault at the N-th write of an update (KIND: lost, corrupt,\n"
+    "                       nowrite, restart; KIND@NxC for C writes in a row); the\n"
+    "                       system MCU's boot loader, or an NXP one with nxp:KIND@N\n"
     "  --help               show this text\n";
 
 int g_stopPipe[2] = {-1, -1};
@@ -87,6 +92,8 @@ int main(int argc, char** argv) {
     long genCount = -1;
     uint32_t genId = 0x123;
     bool genExt = false;
+    bool flashTiming = false;
+    std::vector<brdsim::FlashFault> mcuFaults, nxpFaults;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         std::string value;
@@ -101,9 +108,13 @@ int main(int argc, char** argv) {
             std::fputs(kUsage, stdout);
             return 0;
         }
+        if (arg == "--flash-timing") {
+            flashTiming = true;
+            continue;
+        }
         static const char* const kOptions[] = {"--product",   "--write-config", "--can-rate",
                                                "--line-rate", "--nxp",          "--bus-gen",
-                                               "--gen-count", "--gen-id"};
+                                               "--gen-count", "--gen-id",       "--flash-fault"};
         bool known = false;
         for (const char* o : kOptions) known = known || arg == o;
         if (!known) return usageError(argv[i], "unknown option");
@@ -138,6 +149,13 @@ int main(int argc, char** argv) {
                 v > (genExt ? 0x1FFFFFFFUL : 0x7FFUL))
                 return usageError("--gen-id", "not a CAN identifier (3 or 8 hex digits)");
             genId = static_cast<uint32_t>(v);
+        } else if (arg == "--flash-fault") {
+            bool nxpFault = value.rfind("nxp:", 0) == 0;
+            brdsim::FlashFault f;
+            if (!brdsim::parseFlashFault(nxpFault ? value.substr(4) : value, &f))
+                return usageError("--flash-fault",
+                                  "expected [nxp:]lost, corrupt, nowrite or restart @N");
+            (nxpFault ? nxpFaults : mcuFaults).push_back(f);
         } else if (arg == "--line-rate") {
             if (!parseBaud(value, &lineRate))
                 return usageError("--line-rate", "not a line rate (300-4000000 bits/s)");
@@ -157,6 +175,8 @@ int main(int argc, char** argv) {
     brdsim::CanBus bus;
     brdsim::Simulator sim(product);
     sim.setLineRate(lineRate);
+    sim.bootLoader().setFlashTiming(flashTiming);
+    for (const brdsim::FlashFault& f : mcuFaults) sim.bootLoader().queueFault(f);
     brdsim::attachStChannels(sim, bus);
     if (!sim.start()) return fail("cannot open a pseudo-terminal", std::strerror(errno));
     std::vector<std::unique_ptr<brdsim::NxpController>> nxp;
@@ -164,6 +184,9 @@ int main(int argc, char** argv) {
     for (int i = 0; i < nxpCount; ++i) {
         nxp.push_back(std::make_unique<brdsim::NxpController>(bus));
         nxp.back()->setLineRate(lineRate);
+        nxp.back()->bootLoader().setFlashTiming(flashTiming);
+        if (i == 0)
+            for (const brdsim::FlashFault& f : nxpFaults) nxp.back()->bootLoader().queueFault(f);
         if (!nxp.back()->start())
             return fail("cannot open a pseudo-terminal", std::strerror(errno));
         canPtys.push_back(nxp.back()->ptyPath());

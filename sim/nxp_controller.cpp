@@ -1,6 +1,8 @@
 // The simulated NXP CAN controller and the ST CAN channels on the simulated bus.
 #include "nxp_controller.h"
 
+#include <cstdio>
+
 #include "sim_frame.h"
 
 namespace brdsim {
@@ -77,7 +79,7 @@ Bytes encodeNxpCanFrame(const CanMessage& m) {
                  Bytes(body.begin() + 1, body.end() - 1));
 }
 
-NxpController::NxpController(CanBus& bus) : bus_(bus) {
+NxpController::NxpController(CanBus& bus) : bus_(bus), boot_(nxpFlashLayout(), "KX07 1.4.2") {
     auto reply = [](uint8_t code, Bytes data = {}) {
         Bytes b = {static_cast<uint8_t>(code + 1), OK};
         b.insert(b.end(), data.begin(), data.end());
@@ -114,8 +116,38 @@ void NxpController::addCommand(uint8_t code, Command handler) {
     commands_[code] = std::move(handler);
 }
 
+// The update codes: answered by the boot loader in F1/F2 framing, and the few the
+// application also answers (update request, mode, information, its version).
+Bytes NxpController::bootAnswer(uint8_t code, const Bytes& data, bool app) {
+    BootLoader::Reply r = boot_.nxp(code, data);
+    if (r.lost) return {};
+    // Answers to reading codes carry no status of their own: the controller adds OK.
+    bool reading = code == 0x02 || code == 0x20 || code == 0x30 || code == 0x40;
+    Bytes body = {static_cast<uint8_t>(code + 1)};
+    if (reading) body.push_back(OK);
+    if (code == 0x02) {
+        // The application reports its version as three numbers from its model tag.
+        std::string tag(r.data.begin(), r.data.end());
+        unsigned v[3] = {0, 0, 0};
+        size_t blank = tag.find(' ');
+        if (blank != std::string::npos)
+            std::sscanf(tag.c_str() + blank + 1, "%u.%u.%u", &v[0], &v[1], &v[2]);
+        for (unsigned x : v) body.push_back(static_cast<uint8_t>(x));
+    } else {
+        body.insert(body.end(), r.data.begin(), r.data.end());
+    }
+    if (r.corrupt) body[0] ^= 0x40;  // the host cannot take it for the answer it awaits
+    return app ? frame(NXP_START_CODE_C1, NXP_END_CODE_C2, ESCAPE_CODE_C0, body)
+               : frame(kFrameStart, kFrameEnd, kFrameEscape, body);
+}
+
 Bytes NxpController::answer(const Bytes& f) {
-    // f: C1 code data... C2
+    // f: C1 code data... C2 (F1 ... F2 in the boot loader)
+    if (f.size() < 2) return {};
+    Bytes data = f.size() > 3 ? Bytes(f.begin() + 2, f.end() - 1) : Bytes{};
+    if (f[0] == kFrameStart) return bootAnswer(f[1], data, false);
+    if (f[1] == 0x02 || f[1] == 0x14 || f[1] == 0x30 || f[1] == 0x40 || f[1] == 0x42)
+        return bootAnswer(f[1], data, true);
     if (f.size() < 3) return {};
     auto it = commands_.find(f[1]);
     if (it == commands_.end()) return {};
@@ -134,6 +166,8 @@ bool NxpController::start() {
                                [this] { return port_.backlog(); });
     port_.setFrameHandler({NXP_START_CODE_C1, NXP_END_CODE_C2, ESCAPE_CODE_C0},
                           [this](const Bytes& f) { return answer(f); });
+    port_.setAltFraming({kFrameStart, kFrameEnd, kFrameEscape},
+                        [this] { return boot_.inBootLoader(); });
     return port_.start();
 }
 

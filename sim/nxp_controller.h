@@ -33,6 +33,8 @@ class NxpController {
     const std::string& ptyPath() const { return port_.ptyPath(); }
     Simulator& port() { return port_; }
     int busPort() const { return busPort_; }
+    // The controller's boot loader and flash: update codes in F1/F2 framing while it runs.
+    BootLoader& bootLoader() { return boot_; }
 
     // Firmware facts the controller reports.
     static constexpr uint8_t FW_VERSION[3] = {1, 4, 2};
@@ -41,12 +43,14 @@ class NxpController {
 
    private:
     Bytes answer(const Bytes& frame);
+    Bytes bootAnswer(uint8_t code, const Bytes& data, bool app);
     void deliver(const CanMessage& m);
 
     CanBus& bus_;
     Simulator port_;
     int busPort_ = -1;
     std::map<uint8_t, Command> commands_;
+    BootLoader boot_;
 };
 
 // Answers the system MCU's CAN channel requests (devices 6 and 7) from `bus` ports, and

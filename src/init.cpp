@@ -195,14 +195,28 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
             }
             break;
         case Section::McuUpdate:
-            if (key == "FILE_PATH") return (cfg->mcuFilePath = value, true);
-            if (key == "MCU_startAddress") return number32(&cfg->mcuStartAddress);
-            if (key == "ProgramROM_startAddress") return number32(&cfg->programRomStartAddress);
-            if (key == "MCU_versionAddress") return number32(&cfg->mcuVersionAddress);
-            if (key == "WRITE_SIZE") return numberInt(&cfg->writeSize);
-            if (key == "VERIFY_SIZE") return numberInt(&cfg->verifySize);
-            if (key == "FW_MODEL") return (cfg->fwModel = value, true);
+        case Section::CanUpdate: {
+            update::UpdateInfo& u = sec == Section::McuUpdate ? cfg->mcuUpdate : cfg->canUpdate;
+            auto address = [&](std::optional<unsigned long>* dst) {
+                unsigned long v = 0;
+                return number32(&v) && (*dst = v, true);
+            };
+            auto size = [&](std::optional<int>* dst) {
+                int v = 0;
+                return numberInt(&v) && (*dst = v, true);
+            };
+            if (key == "FILE_PATH") return (u.filePath = value, true);
+            if (key == "MCU_startAddress") return address(&u.mcuStartAddress);
+            if (key == "ProgramROM_startAddress") return address(&u.programRomStartAddress);
+            if (key == "MCU_versionAddress") return address(&u.mcuVersionAddress);
+            if (key == "MCU_endAddress") return address(&u.mcuEndAddress);
+            if (key == "RAM_startAddress") return address(&u.ramStartAddress);
+            if (key == "RAM_endAddress") return address(&u.ramEndAddress);
+            if (key == "WRITE_SIZE") return size(&u.writeSize);
+            if (key == "VERIFY_SIZE") return size(&u.verifySize);
+            if (key == "FW_MODEL") return (u.fwModel = value, true);
             break;
+        }
         case Section::CanInfo:
             if (key == "CAN_DEVICE") {
                 DeviceConfig dev;
@@ -210,9 +224,6 @@ bool applyKey(Section sec, const std::string& key, const std::string& value, Brd
                 cfg->can.push_back(dev);
                 return true;
             }
-            break;
-        case Section::CanUpdate:
-            if (key == "FILE_PATH") return (cfg->canFilePath = value, true);
             break;
         case Section::None:
             *why = quotedText(key) + " outside any section";
@@ -262,11 +273,11 @@ bool parseConfigFile(FILE* f, const std::string& fileName, BrdConfig* cfg, std::
             if (line == "<MCU_INFO>")
                 sec = Section::McuInfo;
             else if (line == "<MCU_UPDATE_INFO>")
-                sec = Section::McuUpdate;
+                sec = Section::McuUpdate, cfg->mcuUpdate.present = true;
             else if (line == "<CAN_INFO>")
                 sec = Section::CanInfo;
             else if (line == "<CAN_UPDATE_INFO>")
-                sec = Section::CanUpdate;
+                sec = Section::CanUpdate, cfg->canUpdate.present = true;
             else
                 why = "unknown section " + quotedText(line);
         } else {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "update/settings.h"
+
 // Outcome of LAUNCH_INIT_CONFIG, for the front ends' exit statuses.
 enum InitStatus {
     INIT_OK = 0,
@@ -24,10 +26,8 @@ struct BrdConfig {
     bool hasMcu = false;
     int debugLevel = 0;
     std::vector<DeviceConfig> can;
-    // <MCU_UPDATE_INFO> and <CAN_UPDATE_INFO>, kept for the firmware update.
-    std::string mcuFilePath, canFilePath, fwModel;
-    unsigned long mcuStartAddress = 0, programRomStartAddress = 0, mcuVersionAddress = 0;
-    int writeSize = 0, verifySize = 0;
+    // <MCU_UPDATE_INFO> and <CAN_UPDATE_INFO>, for the firmware update.
+    update::UpdateInfo mcuUpdate, canUpdate;
 };
 
 // Parses a configuration file. On error returns false with "FILE:LINE: reason" in *error.

@@ -241,7 +241,7 @@ TEST(ConfigFile, Parsing) {
          "f.conf:2: enabled must be 0 or 1, not '2'"},
         {"<MCU_INFO>\nMCU_DEVICE=/dev/ttyS4,-9600,1\n", "f.conf:2: bad baud rate '-9600'"},
         {"<MCU_UPDATE_INFO>\nWRITE_SIZE=12k\n", "f.conf:2: bad number '12k' for WRITE_SIZE"},
-        {"<CAN_UPDATE_INFO>\nFW_MODEL=KX07\n", "f.conf:2: unknown key 'FW_MODEL'"},
+        {"<CAN_UPDATE_INFO>\nFW_MODEL=KX07\nPAGE_SIZE=256\n", "f.conf:3: unknown key 'PAGE_SIZE'"},
         {"<MCU_INFO>\n=5\n", "f.conf:2: expected KEY=VALUE"},
     };
     for (const ParseCase& c : cases) {
@@ -260,7 +260,8 @@ TEST(ConfigFile, Values) {
     std::string text =
         "<MCU_INFO>\nMCU_DEVICE=/dev/ttyS4,57600,1\nDEBUG_LEVEL=0x9\n<MCU_UPDATE_INFO>\n"
         "FILE_PATH=/lib/fw/mcu.bin\nMCU_startAddress=0x08000000\nWRITE_SIZE=128\nFW_MODEL=KX07\n"
-        "<CAN_INFO>\nCAN_DEVICE=/dev/ttyACM0,115200,1\n";
+        "<CAN_INFO>\nCAN_DEVICE=/dev/ttyACM0,115200,1\n"
+        "<CAN_UPDATE_INFO>\nMCU_endAddress=0x40000\nRAM_startAddress=0x10000000\nVERIFY_SIZE=64\n";
     FILE* f = fmemopen(text.data(), text.size(), "r");
     BrdConfig cfg;
     std::string error;
@@ -270,9 +271,15 @@ TEST(ConfigFile, Values) {
     EXPECT_EQ(cfg.mcu.baudrate, 57600);
     EXPECT_EQ(cfg.mcu.enabled, 1);
     EXPECT_EQ(cfg.debugLevel, 9);
-    EXPECT_EQ(cfg.mcuStartAddress, 0x08000000ul);
-    EXPECT_EQ(cfg.writeSize, 128);
-    EXPECT_EQ(cfg.fwModel, "KX07");
+    EXPECT_EQ(cfg.mcuUpdate.mcuStartAddress, 0x08000000ul);
+    EXPECT_EQ(cfg.mcuUpdate.writeSize, 128);
+    EXPECT_EQ(cfg.mcuUpdate.fwModel, "KX07");
+    EXPECT_FALSE(cfg.mcuUpdate.mcuEndAddress.has_value());  // left to the type's default
+    EXPECT_TRUE(cfg.canUpdate.present);
+    EXPECT_EQ(cfg.canUpdate.mcuEndAddress, 0x40000ul);
+    EXPECT_EQ(cfg.canUpdate.ramStartAddress, 0x10000000ul);
+    EXPECT_EQ(cfg.canUpdate.verifySize, 64);
+    EXPECT_FALSE(cfg.canUpdate.writeSize.has_value());
     ASSERT_EQ(cfg.can.size(), 1u);
     EXPECT_EQ(cfg.can[0].path, "/dev/ttyACM0");
 }
