@@ -158,11 +158,18 @@ struct Simulator::Impl {
 
     size_t outLeft() const { return outBuf.size() - outHead; }
 
+    // How many bytes are worth a write: all that is left, up to half a burst of the line.
+    size_t writeChunk() const {
+        size_t half = txPace.burst() / 2;
+        return half == 0 ? 1 : std::min(outLeft(), half);
+    }
+
     void flush() {
         while (master && outLeft() > 0) {
             Clock::time_point now = Clock::now();
-            size_t n = std::min(outLeft(), txPace.allowed(now));
-            if (n == 0) break;  // the line is busy: wait for its next slot
+            size_t allowed = txPace.allowed(now);
+            if (allowed < writeChunk()) break;  // the line is busy: wait for its slots
+            size_t n = std::min(outLeft(), allowed);
             ssize_t w = ::write(master.fd, outBuf.data() + outHead, n);
             if (w > 0) {
                 txPace.book(now, static_cast<size_t>(w));
@@ -397,8 +404,8 @@ struct Simulator::Impl {
         Clock::time_point now = Clock::now();
         Clock::time_point until =
             dueMs < 0 ? Clock::time_point::max() : now + std::chrono::milliseconds(dueMs);
-        if (outLeft() > 0 && txPace.allowed(now) == 0)
-            until = std::min(until, txPace.nextSlot(now));
+        if (outLeft() > 0 && txPace.allowed(now) < writeChunk())
+            until = std::min(until, txPace.nextSlot(now, writeChunk()));
         if (!rxPending.empty()) until = std::min(until, rxPace.nextDelivery(rxPending.size(), 0));
         if (until == Clock::time_point::max()) return Clock::duration::max();
         return until > now ? until - now : Clock::duration::zero();
@@ -415,7 +422,7 @@ struct Simulator::Impl {
             struct pollfd p[2] = {{wake.fd, POLLIN, 0}, {master.fd, 0, 0}};
             nfds_t count = 1;
             if (master) {
-                bool canWrite = outLeft() > 0 && txPace.allowed(Clock::now()) > 0;
+                bool canWrite = outLeft() > 0 && txPace.allowed(Clock::now()) >= writeChunk();
                 bool canRead = rxPending.size() < readAhead;
                 p[1].events = static_cast<short>((canRead ? POLLIN : 0) | (canWrite ? POLLOUT : 0));
                 count = 2;

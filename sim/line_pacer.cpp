@@ -32,10 +32,12 @@ void LinePacer::receive(Clock::time_point now, size_t n) {
     lineFree_ = std::max(lineFree_, now) + byteTime_ * static_cast<long>(n);
 }
 
-LinePacer::Clock::time_point LinePacer::nextSlot(Clock::time_point now) const {
+LinePacer::Clock::time_point LinePacer::nextSlot(Clock::time_point now, size_t want) const {
     if (!paced()) return now;
-    Clock::time_point start = std::max(lineFree_, now);
-    return start - quantum_ > now ? start - quantum_ : now;
+    if (want == 0) want = 1;
+    // allowed(t) >= want once lineFree + (want - 1) slots start within a quantum of t.
+    Clock::time_point at = lineFree_ + byteTime_ * static_cast<long>(want - 1) - quantum_;
+    return at > now ? at : now;
 }
 
 size_t LinePacer::delivered(Clock::time_point now, size_t pending) const {

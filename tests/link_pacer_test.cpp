@@ -56,6 +56,11 @@ TEST(LinePacer, NextSlotWaitsForTheLine) {
     p.book(at(0), 100);  // busy until 9500 us
     EXPECT_EQ(p.nextSlot(at(0)), at(9000));
     EXPECT_EQ(p.allowed(p.nextSlot(at(0))), 1u);
+    // Waiting for a chunk of three slots within reach.
+    EXPECT_EQ(p.burst(), 5u);
+    EXPECT_EQ(p.nextSlot(at(0), 3), at(9200));
+    EXPECT_EQ(p.allowed(at(9200)), 3u);
+    EXPECT_EQ(p.allowed(at(9199)), 2u);
 }
 
 TEST(LinePacer, ReceivedBytesArriveOneByteTimeApart) {
