@@ -37,6 +37,10 @@ echo "1" | run "$BIN/brdcmd" ST_SYSTEM_SET_4B_01_BUZZER_CONTROL
 echo
 run "$BIN/brdcmd" BUZZER_STATUS
 
+step "brdcmd: a peripheral group, the smart battery (discharging), then the PoE ports one by one"
+run "$BIN/brdcmd" ST_BKP_GET_01_01_BACKUP_BATTERY_STATUS
+run "$BIN/brdcmd" ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION
+
 step "brdcan: the CAN channels (the system MCU's st1, st2 and the NXP controller nxp0)"
 run "$BIN/brdcan" list
 step "brdcan: dump nxp0 (candump lines) while frames are sent on st1 (cansend syntax)"

@@ -18,6 +18,7 @@
 #include <optional>
 
 #include "bootloader.h"
+#include "defaults_peripheral.h"
 #include "line_pacer.h"
 #include "sim_frame.h"
 
@@ -115,6 +116,7 @@ struct Simulator::Impl {
     mutable std::condition_variable requestCond;
     std::map<std::tuple<uint8_t, uint8_t, uint8_t>, Bytes> answers;
     std::map<std::pair<uint8_t, uint8_t>, Bytes> registers;
+    std::map<Bytes, Bytes> remembered;  // peripheral registers picked by request data
     std::deque<Fault> faults;
     std::vector<Request> log;
     struct Timed {
@@ -220,6 +222,8 @@ struct Simulator::Impl {
     Bytes answerData(const Request& r) {
         auto a = answers.find({r.device, r.command, r.address});
         if (a != answers.end()) return a->second;
+        Bytes picked;
+        if (peripheralAnswer(product, remembered, r, &picked)) return picked;
         if (r.command == CMD_SET) {
             registers[{r.device, r.address}] = r.data;
             return {SET_ACK};

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "brdsim.h"
+#include "defaults_peripheral.h"
 
 namespace brdsim {
 
@@ -124,7 +125,7 @@ bool defaultAnswer(const std::string& product, uint8_t device, uint8_t address, 
             return true;
         }
     }
-    return false;
+    return peripheralDefaultAnswer(product, device, address, out);
 }
 
 }  // namespace brdsim

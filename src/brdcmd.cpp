@@ -31,14 +31,10 @@ void installInterruptHandler() {
     sigaction(SIGINT, &sa, nullptr);
 }
 
-// Whether a row travels on a CAN link (otherwise on the system-MCU link). Read from the
-// row's name until the table carries the link itself.
-bool rowNeedsCan(const FUNCTION_MAP_ENTRY& row) {
-    return strstr(row.name, "NXP_") != nullptr || strstr(row.name, "ST_CAN") != nullptr;
-}
-
+// Whether the link the row travels on (the table's link column) is open; otherwise one
+// line naming the configuration file and the missing device.
 bool devicesFor(const FUNCTION_MAP_ENTRY& row) {
-    bool can = rowNeedsCan(row);
+    const bool can = row.link == core::Link::CurrentCan;
     return LAUNCH_CHECK_DEVICES(!can, can);
 }
 

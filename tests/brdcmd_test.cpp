@@ -131,6 +131,41 @@ TEST_F(BrdcmdProgram, AnswersWithoutTheBoard) {
     }
 }
 
+// The device a command needs follows its row's link column: a CAN row on a board with
+// only an MCU device, an MCU row on one with only a CAN device, are refused before
+// anything is sent (status 3, one line naming the file and the missing device).
+TEST_F(BrdcmdProgram, NeedsTheDeviceOfTheRowsLink) {
+    ASSERT_TRUE(sim_.start());
+    const std::string conf = dir_ + "/KX07.conf", device = sim_.ptyPath() + ",115200,1\n";
+    const std::string mcuOnly = "<MCU_INFO>\nMCU_DEVICE=" + device,
+                      canOnly = "<CAN_INFO>\nCAN_DEVICE=" + device;
+    const std::string noCan = "brdcmd: " + conf +
+                              ": no enabled CAN_DEVICE in <CAN_INFO>, which this command needs\n",
+                      noMcu = "brdcmd: " + conf +
+                              ": no enabled MCU_DEVICE in <MCU_INFO>, which this command needs\n";
+    struct Case {
+        const char* row;
+        core::Link link;  // the row's link in the table
+        std::string conf, err;
+    };
+    const Case cases[] = {
+        {"NXP_CAN_AP_02_READ_FW_VERSION", core::Link::CurrentCan, mcuOnly, noCan},
+        {"ST_CAN1_GET_01_01_ERROR_CODE", core::Link::CurrentCan, mcuOnly, noCan},
+        {"ST_SYSTEM_GET_0C_01_TEMPERATURE", core::Link::SystemMcu, canOnly, noMcu},
+    };
+    for (const Case& c : cases) {
+        const FUNCTION_MAP_ENTRY* row = findFunctionEntry(c.row);
+        ASSERT_NE(row, nullptr) << c.row;
+        ASSERT_EQ(row->link, c.link) << c.row;
+        std::ofstream(conf) << c.conf;
+        sim_.clearRequests();
+        ProgramResult r = run({c.row});
+        EXPECT_EQ(r.status, 3) << c.row;
+        EXPECT_EQ(r.err, c.err) << c.row;
+        EXPECT_EQ(sim_.requestCount(), 0u) << c.row;
+    }
+}
+
 // Every line: a runnable row's name, then its group in one column.
 TEST_F(BrdcmdProgram, ListsRunnableRowsInColumns) {
     ProgramResult all = run({"--list"}, "", "NO_SUCH_PRODUCT");

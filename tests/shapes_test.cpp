@@ -1,5 +1,5 @@
 // The row shapes: formats that do not fit their values do not build, and every data row
-// and render of the system handlers survives any answer on any product, the same way
+// and render the handler groups list survives any answer on any product, the same way
 // each time.
 #include <gtest/gtest.h>
 
@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "row_lists.h"
 #include "shapes/fmt.h"
 #include "system/control.h"
 #include "system/status.h"
@@ -61,33 +62,47 @@ std::vector<std::vector<BYTE>> answers() {
     return all;
 }
 
-// Everything the system rows and renders print for one answer on one product.
+// Everything the listed rows and renders print for one answer on one product.
 std::string renderAll(const std::vector<BYTE>& answer, const char* product) {
     std::string out;
-    for (const GetRef& r : system_status::rows) out += renderGet(r.row, 3, answer, product);
-    for (const RenderRef& r : system_status::renders) out += r.render(answer, 3, product);
-    for (const SetRef& r : system_control::rows) {
-        out += renderSetResult(r.row, 3, answer);
-        if (const Variant* v = pickVariant(r.row, product)) {
-            BYTE request[MAX_REQUEST] = {};
-            for (const Step& step : v->steps) {
-                out += renderStep(step);
-                const int value =
-                    answer.empty() ? step.min : step.min + answer[0] % (step.max - step.min + 1);
-                applyAnswer(step, value, request);
+    for (const row_lists::Group& g : row_lists::groups) {
+        for (const GetRef& r : g.getRows()) out += renderGet(r.row, 3, answer, product);
+        for (const RenderRef& r : g.renderList()) out += r.render(answer, 3, product);
+        for (const SetRef& r : g.setRows()) {
+            out += renderSetResult(r.row, 3, answer);
+            if (const Variant* v = pickVariant(r.row, product)) {
+                BYTE request[MAX_REQUEST] = {};
+                for (const Step& step : v->steps) {
+                    out += renderStep(step);
+                    const int value = answer.empty()
+                                          ? step.min
+                                          : step.min + answer[0] % (step.max - step.min + 1);
+                    applyAnswer(step, value, request);
+                }
+                out.append(reinterpret_cast<const char*>(request), MAX_REQUEST);
+            } else {
+                out += renderNotSupported(r.row, product);
             }
-            out.append(reinterpret_cast<const char*>(request), MAX_REQUEST);
-        } else {
-            out += renderNotSupported(r.row, product);
         }
+        for (const MenuRef& r : g.menuRows()) out += renderStep(menuStep(r.row));
     }
-    for (const MenuRef& r : system_control::menus) out += renderStep(menuStep(r.row));
     return out;
 }
 
 TEST(Shapes, EveryRowRendersAnyAnswerOnAnyProductTheSameWayTwice) {
-    ASSERT_FALSE(system_status::rows.empty());
-    ASSERT_FALSE(system_control::rows.empty());
+    // The table of lists holds the system groups' lists.
+    const auto listed = [](auto list) {
+        const void* p = list.data();
+        for (const row_lists::Group& g : row_lists::groups)
+            if (p == g.getRows().data() || p == g.renderList().data() || p == g.setRows().data() ||
+                p == g.menuRows().data())
+                return !list.empty();
+        return false;
+    };
+    ASSERT_TRUE(listed(system_status::rows));
+    ASSERT_TRUE(listed(system_status::renders));
+    ASSERT_TRUE(listed(system_control::rows));
+    ASSERT_TRUE(listed(system_control::menus));
     for (const std::vector<BYTE>& answer : answers())
         for (const char* product : PRODUCTS)
             EXPECT_EQ(renderAll(answer, product), renderAll(answer, product))
@@ -96,17 +111,18 @@ TEST(Shapes, EveryRowRendersAnyAnswerOnAnyProductTheSameWayTwice) {
 
 // The request bytes a step may fill stay inside the request the row sends.
 TEST(Shapes, StepsFillOnlyTheBytesTheRowSends) {
-    for (const SetRef& r : system_control::rows) {
-        EXPECT_LE(r.row.length, MAX_REQUEST);
-        for (const Variant& v : r.row.variants)
-            for (const Step& step : v.steps) {
-                EXPECT_LT(step.at + step.width - 1, r.row.length) << step.title;
-                EXPECT_LE(step.min, step.max);
-                if (step.map.size() != 0) {
-                    EXPECT_EQ(int(step.map.size()), step.max + 1);
+    for (const row_lists::Group& g : row_lists::groups)
+        for (const SetRef& r : g.setRows()) {
+            EXPECT_LE(r.row.length, MAX_REQUEST);
+            for (const Variant& v : r.row.variants)
+                for (const Step& step : v.steps) {
+                    EXPECT_LT(step.at + step.width - 1, r.row.length) << step.title;
+                    EXPECT_LE(step.min, step.max);
+                    if (step.map.size() != 0) {
+                        EXPECT_EQ(int(step.map.size()), step.max + 1);
+                    }
                 }
-            }
-    }
+        }
 }
 
 }  // namespace

@@ -93,4 +93,28 @@ TEST(CommandTable, EveryRowIsWellFormed) {
     EXPECT_GT(named, 400);
 }
 
+// Every row of the peripheral groups runs a decoding handler; reserved rows run
+// FUNC_RESERVED. The ODM GPI row waits for the system group's GPI handler.
+TEST(CommandTable, PeripheralRowsRunTheirHandlers) {
+    const char* const prefixes[] = {"ST_BKP_",     "ST_BIOS_",   "ST_IOT_",    "ST_NVR_",
+                                    "ST_ODM_",     "ST_POE_",    "ST_IP8008_", "ST_DSU_",
+                                    "ST_LANSWCH_", "ST_LTC3351_"};
+    int rows = 0;
+    for (size_t i = 0; i < function_map_count; ++i) {
+        const std::string name = function_map[i].name;
+        bool peripheral = false;
+        for (const char* p : prefixes) peripheral = peripheral || startsWith(name, p);
+        if (!peripheral) continue;
+        ++rows;
+        bool reserved = name.size() > 9 && name.compare(name.size() - 9, 9, "_RESERVED") == 0;
+        if (reserved) {
+            EXPECT_EQ(function_map[i].func, &FUNC_RESERVED) << name;
+        } else if (name != "ST_ODM_GET_30_01_GPI_STATUS") {
+            EXPECT_NE(function_map[i].func, &FUNC_GENERIC) << name;
+            EXPECT_NE(function_map[i].func, &FUNC_RESERVED) << name;
+        }
+    }
+    EXPECT_EQ(rows, 17 + 2 + 38 + 4 + 37 + 24 + 6 + 14 + 3 + 23);
+}
+
 }  // namespace

@@ -1,0 +1,18 @@
+// The table of every handler group's lists of rows and renders.
+#include "row_lists.h"
+
+#include "system/control.h"
+#include "system/status.h"
+
+namespace row_lists {
+
+namespace {
+const Group GROUPS[] = {
+    {.name = "system status", .gets = &system_status::rows, .renders = &system_status::renders},
+    {.name = "system control", .sets = &system_control::rows, .menus = &system_control::menus},
+};
+}  // namespace
+
+const std::span<const Group> groups = GROUPS;
+
+}  // namespace row_lists
