@@ -1,6 +1,7 @@
 // The table of every handler group's lists of rows and renders.
 #include "row_lists.h"
 
+#include "fm/fm_handlers.h"
 #include "system/control.h"
 #include "system/status.h"
 
@@ -10,6 +11,7 @@ namespace {
 const Group GROUPS[] = {
     {.name = "system status", .gets = &system_status::rows, .renders = &system_status::renders},
     {.name = "system control", .sets = &system_control::rows, .menus = &system_control::menus},
+    {.name = "FM", .renders = &fm::renders},
 };
 }  // namespace
 

@@ -36,6 +36,10 @@ step "brdcmd: a SET with a scripted answer (buzzer on), then the decoded GET"
 echo "1" | run "$BIN/brdcmd" ST_SYSTEM_SET_4B_01_BUZZER_CONTROL
 echo
 run "$BIN/brdcmd" BUZZER_STATUS
+step "brdcmd: the FM radio module on the same line (tune to 107.90 MHz; a new run seeks from 87.50 MHz)"
+echo "10790" | run "$BIN/brdcmd" FM_SET_FREQ
+echo
+run "$BIN/brdcmd" FM_SEEK_UP
 
 step "brdcmd: a peripheral group, the smart battery (discharging), then the PoE ports one by one"
 run "$BIN/brdcmd" ST_BKP_GET_01_01_BACKUP_BATTERY_STATUS

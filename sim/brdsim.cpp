@@ -19,8 +19,10 @@
 
 #include "bootloader.h"
 #include "defaults_peripheral.h"
+#include "fm_module.h"
 #include "line_pacer.h"
 #include "sim_frame.h"
+#include "tpms.h"
 
 namespace brdsim {
 
@@ -35,6 +37,7 @@ constexpr uint8_t SET_ACK = 0x01;
 constexpr uint8_t CAN_STREAM_DEVICE = 0x06;
 constexpr uint8_t IAP_DEVICE = 0x03;        // the boot loader's rows
 constexpr size_t MAX_REQUEST_BYTES = 4096;  // a request longer than this is junk
+constexpr size_t MAX_LINE_LOG = 1 << 20;    // bytes from the host kept for tests
 // Junk that holds no start, end or escape code.
 const Bytes kGarbage = {0x55, 0xAA, 0x13, 0x37};
 
@@ -92,8 +95,9 @@ struct Simulator::Impl {
     std::atomic<bool> hungUp{false};
     Bytes inFrame;  // the request being received, from its start code
     bool inRequest = false;
-    Bytes outBuf;        // bytes the line did not take yet, from outHead on
-    size_t outHead = 0;  // the first byte of outBuf not yet written
+    Bytes outBuf;               // bytes the line did not take yet, from outHead on
+    AsciiCommandMatcher ascii;  // the TPMS receiver's commands between frames
+    size_t outHead = 0;         // the first byte of outBuf not yet written
     LinePacer txPace, rxPace;
     Bytes rxPending;  // bytes read from the host that the line has not delivered yet
     std::atomic<size_t> backlog{0};
@@ -119,6 +123,8 @@ struct Simulator::Impl {
     std::map<Bytes, Bytes> remembered;  // peripheral registers picked by request data
     std::deque<Fault> faults;
     std::vector<Request> log;
+    Bytes lineIn;  // every byte the host wrote, up to MAX_LINE_LOG
+    FmState fm;
     struct Timed {
         Clock::time_point due;
         uint64_t seq;
@@ -238,6 +244,71 @@ struct Simulator::Impl {
         return {SET_ACK};
     }
 
+    // Sends `reply` as the fault asks (those that make sense for any kind of answer).
+    void deliver(Bytes reply, const std::optional<Fault>& fault) {
+        FaultKind kind = fault ? fault->kind : FaultKind::WrongCommand;  // no fault: as it is
+        if (kind == FaultKind::NoAnswer || kind == FaultKind::HangUp) {
+            if (kind == FaultKind::HangUp) hangUp();
+            return;
+        }
+        if (kind == FaultKind::LateAnswer || kind == FaultKind::SplitAnswer) {
+            size_t keep = kind == FaultKind::SplitAnswer ? reply.size() / 2 : 0;
+            {
+                std::lock_guard<std::mutex> g(mu);
+                schedule(Clock::now() + std::chrono::milliseconds(fault->delayMs),
+                         Bytes(reply.begin() + static_cast<long>(keep), reply.end()));
+            }
+            reply.resize(keep);
+        } else if (kind == FaultKind::GarbageBefore) {
+            reply.insert(reply.begin(), kGarbage.begin(), kGarbage.end());
+        }
+        if (!reply.empty()) send(reply);
+    }
+
+    // Takes the next fault for a request. Caller holds `mu`.
+    std::optional<Fault> nextFault() {
+        if (faults.empty()) return std::nullopt;
+        Fault f = faults.front();
+        if (--faults.front().count <= 0) faults.pop_front();
+        return f;
+    }
+
+    // A frame for the FM module: answered from its state, never by the system MCU.
+    void handleFm(Bytes raw) {
+        Request r;
+        r.kind = RequestKind::Fm;
+        r.raw = std::move(raw);
+        Bytes frame = fmUnescape(r.raw);
+        r.command = frame[1];
+        if (frame.size() > 3) r.data.assign(frame.begin() + 2, frame.end() - 1);
+        Bytes reply;
+        std::optional<Fault> fault;
+        {
+            std::lock_guard<std::mutex> g(mu);
+            fault = nextFault();
+            bool wrong = fault && fault->kind == FaultKind::WrongCommand;
+            reply = encodeFmFrame(fmAnswer(fm, frame, wrong));
+            log.push_back(std::move(r));
+        }
+        requestCond.notify_all();
+        deliver(std::move(reply), fault);
+    }
+
+    // The TPMS receiver's display-mode command, sent as plain ASCII.
+    void handleAscii() {
+        Request r;
+        r.kind = RequestKind::Ascii;
+        r.raw.assign(TPMS_DISPLAY_MODE, TPMS_DISPLAY_MODE + sizeof TPMS_DISPLAY_MODE - 1);
+        std::optional<Fault> fault;
+        {
+            std::lock_guard<std::mutex> g(mu);
+            fault = nextFault();
+            log.push_back(std::move(r));
+        }
+        requestCond.notify_all();
+        deliver(tpmsDisplayModeAnswer(), fault);
+    }
+
     // A frame of another controller type: its handler answers.
     void handleForeignFrame(Bytes raw) {
         Bytes plain;
@@ -259,6 +330,10 @@ struct Simulator::Impl {
     void handleRequest(Bytes raw) {
         if (frameHandler) {
             handleForeignFrame(std::move(raw));
+            return;
+        }
+        if (isFmFrame(raw)) {
+            handleFm(std::move(raw));
             return;
         }
         Request r;
@@ -348,10 +423,16 @@ struct Simulator::Impl {
     // bytes outside a frame are ignored.
     void feed(const uint8_t* p, size_t n) {
         bytesIn += n;
+        {
+            std::lock_guard<std::mutex> g(mu);
+            lineIn.insert(lineIn.end(), p, p + std::min(n, MAX_LINE_LOG - lineIn.size()));
+        }
         for (size_t i = 0; i < n && master; ++i) {
             uint8_t b = p[i];
             const Framing& framing = activeFraming();
-            if (b == framing.start) {
+            if (!inRequest && b != framing.start) {
+                if (ascii.feed(b)) handleAscii();
+            } else if (b == framing.start) {
                 inRequest = true;
                 inFrame.assign(1, b);
             } else if (inRequest) {
@@ -467,6 +548,7 @@ struct Simulator::Impl {
 
 Simulator::Simulator(std::string product) : product_(std::move(product)), impl_(new Impl) {
     impl_->product = product_;
+    impl_->fm = fmDefaults(product_);
     impl_->boot = std::make_unique<BootLoader>(stFlashLayout(), product_ + " 0.9.0");
 }
 
@@ -649,6 +731,22 @@ std::vector<Request> Simulator::requests() const {
 void Simulator::clearRequests() {
     std::lock_guard<std::mutex> g(impl_->mu);
     impl_->log.clear();
+    impl_->lineIn.clear();
+}
+
+Bytes Simulator::lineBytes() const {
+    std::lock_guard<std::mutex> g(impl_->mu);
+    return impl_->lineIn;
+}
+
+FmState Simulator::fmState() const {
+    std::lock_guard<std::mutex> g(impl_->mu);
+    return impl_->fm;
+}
+
+void Simulator::setFmState(FmState state) {
+    std::lock_guard<std::mutex> g(impl_->mu);
+    impl_->fm = std::move(state);
 }
 
 size_t Simulator::requestCount() const {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "bootloader.h"
+#include "fm_module.h"
 
 namespace brdsim {
 
@@ -26,6 +27,7 @@ enum class FaultKind {
     GarbageBefore,  // junk bytes precede the answer frame
     DeviceFF,       // the answer's device byte is 0xFF
     HangUp,         // the simulator closes its side of the line
+    WrongCommand,   // an FM answer carries another command's answer byte
 };
 
 struct Fault {
@@ -34,9 +36,16 @@ struct Fault {
     int count = 1;  // how many requests it applies to
 };
 
+enum class RequestKind {
+    St,     // a system-MCU frame
+    Fm,     // an FM module frame: `command` is its byte 1, `data` what follows up to F2
+    Ascii,  // the TPMS receiver's display-mode command
+};
+
 // One request frame as the simulator received it, after unstuffing, without start
 // and end codes: device, command, address, data..., crc.
 struct Request {
+    RequestKind kind = RequestKind::St;
     Bytes raw;  // the bytes as they came on the line, start and end codes included
     uint8_t device = 0, command = 0, address = 0;
     Bytes data;
@@ -97,8 +106,15 @@ class Simulator {
     // Starts sending `count` CAN frames at `perSecond` (0 stops a running stream).
     void startCanStream(int perSecond, int count, uint32_t id = 0x123);
 
+    // The FM module's state (what it answers from; what requests changed).
+    FmState fmState() const;
+    void setFmState(FmState state);
+
     std::vector<Request> requests() const;
+    // Forgets the requests and the line bytes.
     void clearRequests();
+    // Every byte the host wrote, in order (also what fell outside any frame).
+    Bytes lineBytes() const;
     size_t requestCount() const;
     // Waits until at least `n` requests have come in; false when `timeoutMs` passed first.
     bool waitForRequests(size_t n, int timeoutMs) const;

@@ -14,13 +14,14 @@
 #include "brdsim.h"
 #include "can_bus.h"
 #include "nxp_controller.h"
+#include "tpms.h"
 
 namespace {
 
 const char kUsage[] =
     "usage: brdsim [--product NAME] [--write-config DIR] [--can-rate N] [--line-rate BAUD]\n"
     "              [--nxp N] [--bus-gen RATE] [--gen-count N] [--gen-id HEX]\n"
-    "              [--flash-timing] [--flash-fault KIND@N]...\n"
+    "              [--flash-timing] [--flash-fault KIND@N]... [--tpms-rate N]\n"
     "Opens a pseudo-terminal that answers as the board's system MCU and one for each\n"
     "NXP CAN controller, prints their paths (one a line, the MCU first) and serves\n"
     "them until SIGINT or SIGTERM. A simulated CAN bus joins the MCU's two CAN channels\n"
@@ -39,6 +40,8 @@ const char kUsage[] =
     "  --flash-fault KIND@N a fault at the N-th write of an update (KIND: lost, corrupt,\n"
     "                       nowrite, restart; KIND@NxC for C writes in a row); the\n"
     "                       system MCU's boot loader, or an NXP one with nxp:KIND@N\n"
+    "  --tpms-rate N        the TPMS receiver sends N sensor records a second on the\n"
+    "                       first NXP controller's line (the CAN-side link)\n"
     "  --help               show this text\n";
 
 int g_stopPipe[2] = {-1, -1};
@@ -86,6 +89,7 @@ int main(int argc, char** argv) {
     std::string product = "KX07";
     std::string configDir;
     int canRate = 0;
+    int tpmsRate = 0;
     long lineRate = 0;
     int nxpCount = 1;
     int genRate = -1;  // -1 off, 0 as fast as the lines take
@@ -112,9 +116,9 @@ int main(int argc, char** argv) {
             flashTiming = true;
             continue;
         }
-        static const char* const kOptions[] = {"--product",   "--write-config", "--can-rate",
-                                               "--line-rate", "--nxp",          "--bus-gen",
-                                               "--gen-count", "--gen-id",       "--flash-fault"};
+        static const char* const kOptions[] = {
+            "--product", "--write-config", "--can-rate", "--line-rate",   "--nxp",
+            "--bus-gen", "--gen-count",    "--gen-id",   "--flash-fault", "--tpms-rate"};
         bool known = false;
         for (const char* o : kOptions) known = known || arg == o;
         if (!known) return usageError(argv[i], "unknown option");
@@ -159,11 +163,16 @@ int main(int argc, char** argv) {
         } else if (arg == "--line-rate") {
             if (!parseBaud(value, &lineRate))
                 return usageError("--line-rate", "not a line rate (300-4000000 bits/s)");
+        } else if (arg == "--tpms-rate") {
+            if (!parseCount(value, &tpmsRate) || tpmsRate > 1000)
+                return usageError("--tpms-rate", "not a number of records per second (0-1000)");
         } else if (!parseCount(value, &canRate)) {
             return usageError("--can-rate", "not a number of frames per second (0-100000)");
         }
     }
 
+    if (tpmsRate > 0 && nxpCount < 1)
+        return usageError("--tpms-rate", "the records need an NXP controller's line (--nxp 1)");
     if (pipe2(g_stopPipe, O_CLOEXEC) != 0) return fail("pipe", std::strerror(errno));
     struct sigaction sa;
     std::memset(&sa, 0, sizeof sa);
@@ -200,6 +209,8 @@ int main(int argc, char** argv) {
     for (const std::string& p : canPtys) std::printf("%s\n", p.c_str());
     std::fflush(stdout);
     if (canRate > 0) sim.startCanStream(canRate, -1);
+    std::unique_ptr<brdsim::TpmsStreamer> tpms;
+    if (tpmsRate > 0) tpms = std::make_unique<brdsim::TpmsStreamer>(nxp[0]->port(), tpmsRate, -1);
     if (genRate >= 0)
         bus.startGenerator(genRate, genCount, genId, genExt, brdsim::CanBus::DEFAULT_RATE_CODE);
 
@@ -207,6 +218,7 @@ int main(int argc, char** argv) {
     while (read(g_stopPipe[0], &c, 1) < 0 && errno == EINTR) {
     }
     bus.stopGenerator();
+    tpms.reset();
     for (auto& c : nxp) c->stop();
     sim.stop();
     return 0;

@@ -131,10 +131,15 @@ int run(int argc, char** argv) {
         return brdcmd::EXIT_CONFIG;
     }
     int status;
-    if (row != nullptr)
-        status = runHandler(*row) >= 1 ? brdcmd::EXIT_OK : brdcmd::EXIT_COMMAND_FAILED;
-    else
+    if (row != nullptr) {
+        int result = runHandler(*row);
+        // A handler whose link is not configured or not open reports a device error.
+        status = result >= 1                      ? brdcmd::EXIT_OK
+                 : result == MCU_RESULT_OPEN_FAIL ? brdcmd::EXIT_CONFIG
+                                                  : brdcmd::EXIT_COMMAND_FAILED;
+    } else {
         status = brdcmd::runMenu(g_input, stdout, stderr, table, runHandler);
+    }
     LAUNCH_EXIT("CONFIG_MAIN_EXIT", fConfig, 1);
     return status;
 }

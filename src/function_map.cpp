@@ -8,12 +8,14 @@
 
 #include "bkp/bkp_handlers.h"
 #include "dsu/dsu_handlers.h"
+#include "fm/fm_handlers.h"
 #include "iot/iot_handlers.h"
 #include "ltc3351/ltc3351_handlers.h"
 #include "odm/odm_handlers.h"
 #include "poe/poe_handlers.h"
 #include "can/can_handlers.h"
 #include "system/system_handlers.h"
+#include "tpms/tpms_handlers.h"
 #include "update/update_handlers.h"
 
 namespace {
@@ -436,30 +438,30 @@ const FUNCTION_MAP_ENTRY function_map[] = {
 
     // TPMS receiver: raw rows sent with mcuType 192 (the sensor-ID and real-time rows are never
     // sent).
-    {"TPMS_SET_SENSOR_ID", FUNC_GENERIC, {0, 0, 0, 0, 0, END}, SYS, CUSTOM},  // FUNC_TPMS_SET_SENSOR_ID
-    {"TPMS_ATB01_DISPLAY_MODE", FUNC_GENERIC, {'A', 'T', 'B', '0', '1', END}, SYS, CUSTOM},  // FUNC_TPMS_DISPLAY_MODE
-    {"TPMS_GET_REALTIME_DATA", FUNC_GENERIC, {0, 0, 0, 0, 0, END}, SYS, CUSTOM},  // FUNC_TPMS_GET_REALTIME_CALLBACK_DATA_FROM_MCU
+    {"TPMS_SET_SENSOR_ID", FUNC_TPMS_SET_SENSOR_ID, {0, 0, 0, 0, 0, END}, SYS, CUSTOM},
+    {"TPMS_ATB01_DISPLAY_MODE", FUNC_TPMS_DISPLAY_MODE, {'A', 'T', 'B', '0', '1', END}, SYS, CUSTOM},
+    {"TPMS_GET_REALTIME_DATA", FUNC_TPMS_GET_REALTIME_CALLBACK_DATA_FROM_MCU, {0, 0, 0, 0, 0, END}, SYS, CUSTOM},
 
     // FM module: whole frames from F1 to F2; the handlers patch the value bytes in the pool
     // copy.
-    {"FM_POWER_ON_OFF", FUNC_GENERIC, {0xF1, 0x80, 0x00, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_POWER_ON_OFF
-    {"FM_GET_BREAK", FUNC_GENERIC, {0xF1, 0x81, 0x00, 0xF2, END}, SYS, FM},  // FUNC_GET_BREAK
-    {"FM_GET_PID", FUNC_GENERIC, {0xF1, 0x8E, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_GET_PID
-    {"FM_GET_PS", FUNC_GENERIC, {0xF1, 0x90, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_GET_PS
-    {"FM_GET_RDS", FUNC_GENERIC, {0xF1, 0x92, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_GET_RDS
-    {"FM_GET_VOICE", FUNC_GENERIC, {0xF1, 0x9A, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_GET_VOICE
-    {"FM_GET_FM_ZONE", FUNC_GENERIC, {0xF1, 0x9C, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_GET_FM_ZONE
-    {"FM_CONFIG", FUNC_GENERIC, {0xF1, 0x82, 0x00, 0xF2, END}, SYS, FM},  // FUNC_FM_CONFIG
-    {"FM_SET_VOLUME", FUNC_GENERIC, {0xF1, 0x84, 0x00, 0xF2, END}, SYS, FM},  // FUNC_FM_SET_VOLUME
-    {"FM_SET_MUTE", FUNC_GENERIC, {0xF1, 0x86, 0x00, 0xF2, END}, SYS, FM},  // FUNC_FM_SET_MUTE
-    {"FM_SET_FREQ", FUNC_GENERIC, {0xF1, 0x88, 0x00, 0x00, 0xF2, END}, SYS, FM},  // FUNC_FM_SET_FREQ
-    {"FM_SET_FLASH", FUNC_GENERIC, {0xF1, 0x00, 0x03, 0x20, 0x01, 0x48, 0xF2, END}, SYS, FM},  // FUNC_FM_SET_FLASH
-    {"FM_AUTO_SCAN", FUNC_GENERIC, {0xF1, 0x8A, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_AUTO_SCAN
-    {"FM_RDS_STATUS", FUNC_GENERIC, {0xF1, 0x8C, 0xF2, 0xF2, END}, SYS, FM},  // FUNC_FM_RDS_STATUS
-    {"FM_SEEK_UP", FUNC_GENERIC, {0xF1, 0x94, 0x00, 0x00, 0xF2, END}, SYS, FM},  // FUNC_FM_SEEK_UP
-    {"FM_SEEK_DOWN", FUNC_GENERIC, {0xF1, 0x96, 0x00, 0x00, 0xF2, END}, SYS, FM},  // FUNC_FM_SEEK_DOWN
-    {"FM_AUDIO_SWITCH", FUNC_GENERIC, {0xF1, 0x98, 0x00, 0xF2, END}, SYS, FM},  // FUNC_FM_AUDIO_SWITCH
-    {"FM_LOAD_DEFAULT", FUNC_GENERIC, {0xF1, 0x00, 0x03, 0x08, 0x44, 0xF2, END}, SYS, FM},  // FUNC_FM_LOAD_DEFAULT
+    {"FM_POWER_ON_OFF", FUNC_FM_POWER_ON_OFF, {0xF1, 0x80, 0x00, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_GET_BREAK", FUNC_GET_BREAK, {0xF1, 0x81, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_GET_PID", FUNC_FM_GET_PID, {0xF1, 0x8E, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_GET_PS", FUNC_FM_GET_PS, {0xF1, 0x90, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_GET_RDS", FUNC_FM_GET_RDS, {0xF1, 0x92, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_GET_VOICE", FUNC_FM_GET_VOICE, {0xF1, 0x9A, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_GET_FM_ZONE", FUNC_FM_GET_FM_ZONE, {0xF1, 0x9C, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_CONFIG", FUNC_FM_CONFIG, {0xF1, 0x82, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_SET_VOLUME", FUNC_FM_SET_VOLUME, {0xF1, 0x84, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_SET_MUTE", FUNC_FM_SET_MUTE, {0xF1, 0x86, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_SET_FREQ", FUNC_FM_SET_FREQ, {0xF1, 0x88, 0x00, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_SET_FLASH", FUNC_FM_SET_FLASH, {0xF1, 0x00, 0x03, 0x20, 0x01, 0x48, 0xF2, END}, SYS, FM},
+    {"FM_AUTO_SCAN", FUNC_FM_AUTO_SCAN, {0xF1, 0x8A, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_RDS_STATUS", FUNC_FM_RDS_STATUS, {0xF1, 0x8C, 0xF2, 0xF2, END}, SYS, FM},
+    {"FM_SEEK_UP", FUNC_FM_SEEK_UP, {0xF1, 0x94, 0x00, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_SEEK_DOWN", FUNC_FM_SEEK_DOWN, {0xF1, 0x96, 0x00, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_AUDIO_SWITCH", FUNC_FM_AUDIO_SWITCH, {0xF1, 0x98, 0x00, 0xF2, END}, SYS, FM},
+    {"FM_LOAD_DEFAULT", FUNC_FM_LOAD_DEFAULT, {0xF1, 0x00, 0x03, 0x08, 0x44, 0xF2, END}, SYS, FM},
 
     // PoE controllers; the 808 rows address the IP808 boards on device 13.
     {"ST_POE_GET_00_00_RESERVED", FUNC_RESERVED, {END}, SYS, ST},
