@@ -7,7 +7,7 @@ CMAKE_GEN = -G Ninja
 # WERROR=0 turns it off again; unset, a build directory keeps what it was configured with.
 WERROR_OPT = $(if $(WERROR),-DBRD_WERROR=$(if $(filter 1 ON on yes,$(WERROR)),ON,OFF))
 PKGS     = cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev clang clang-format \
-           clang-tidy python3-can can-utils srecord
+           clang-tidy python3-can python3-serial can-utils srecord
 
 .PHONY: all deps build test test-asan test-tsan demo bench fuzz format format-check tidy clean
 

@@ -30,6 +30,7 @@ int decodePortRead(MCU_CONTENT* m, int (*core)(MCU_CONTENT*, const BYTE*, unsign
     if (n >= static_cast<ssize_t>(DECODER_READ_SIZE)) m->receiveDropCount++;
     // End of file or EIO: the other side has gone and the line will not come back.
     if (n == 0 || (n < 0 && errno == EIO)) m->lineHungUp = 1;
+    if (n >= static_cast<ssize_t>(DECODER_READ_SIZE)) m->receiveDropCount++;
     return core(m, buf, static_cast<unsigned int>(n));
 }
 

@@ -45,6 +45,22 @@ step "brdcmd: a peripheral group, the smart battery (discharging), then the PoE 
 run "$BIN/brdcmd" ST_BKP_GET_01_01_BACKUP_BATTERY_STATUS
 run "$BIN/brdcmd" ST_POE_GET_0C_01_PORT_POWER_CONSUMPTION
 
+step "brdcan: the CAN channels (the system MCU's st1, st2 and the NXP controller nxp0)"
+run "$BIN/brdcan" list
+step "brdcan: dump nxp0 (candump lines) while frames are sent on st1 (cansend syntax)"
+"$BIN/brdcan" dump -n 3 -T 3000 nxp0 >"$WORK/dump.out" 2>/dev/null &
+DUMP=$!
+sleep 0.3
+run "$BIN/brdcan" send st1 123#DEADBEEF
+run "$BIN/brdcan" send st1 1F334455#11.22.33
+run "$BIN/brdcan" send st1 7FF#R2
+wait $DUMP || true
+echo
+echo "\$ brdcan dump -n 3 nxp0"
+cat "$WORK/dump.out"
+step "brdcan: the NXP controller's versions and input voltage"
+run "$BIN/brdcan" info nxp0
+
 step "brdflash: a firmware image for the system MCU (vector table, model tag at 0x0800F000)"
 {
     printf '\x00\x50\x00\x20\x01\x42\x00\x08'        # stack at the top of RAM, reset handler

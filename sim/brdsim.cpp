@@ -21,7 +21,6 @@
 #include "defaults_peripheral.h"
 #include "fm_module.h"
 #include "line_pacer.h"
-#include "mcu_base.h"
 #include "sim_frame.h"
 #include "tpms.h"
 
@@ -106,7 +105,7 @@ struct Simulator::Impl {
     std::atomic<uint64_t> bytesIn{0}, bytesOut{0};
     // Set before start() and only read afterwards.
     std::map<uint8_t, DeviceHandler> deviceHandlers;
-    Framing framing{ST_START_CODE_F1, ST_END_CODE_F2, ESCAPE_CODE_F0};
+    Framing framing{kFrameStart, kFrameEnd, kFrameEscape};
     FrameHandler frameHandler;
     // A second framing the controller switches to while `altActive` says so (the CAN
     // MCU's boot loader).
@@ -168,11 +167,18 @@ struct Simulator::Impl {
 
     size_t outLeft() const { return outBuf.size() - outHead; }
 
+    // How many bytes are worth a write: all that is left, up to half a burst of the line.
+    size_t writeChunk() const {
+        size_t half = txPace.burst() / 2;
+        return half == 0 ? 1 : std::min(outLeft(), half);
+    }
+
     void flush() {
         while (master && outLeft() > 0) {
             Clock::time_point now = Clock::now();
-            size_t n = std::min(outLeft(), txPace.allowed(now));
-            if (n == 0) break;  // the line is busy: wait for its next slot
+            size_t allowed = txPace.allowed(now);
+            if (allowed < writeChunk()) break;  // the line is busy: wait for its slots
+            size_t n = std::min(outLeft(), allowed);
             ssize_t w = ::write(master.fd, outBuf.data() + outHead, n);
             if (w > 0) {
                 txPace.book(now, static_cast<size_t>(w));
@@ -307,10 +313,8 @@ struct Simulator::Impl {
 
     // A frame of another controller type: its handler answers.
     void handleForeignFrame(Bytes raw) {
-        Bytes plain(raw.size());
-        unsigned int n = unstuffFrame(activeFraming().escape, raw.data(),
-                                      static_cast<unsigned int>(raw.size()), plain.data());
-        plain.resize(n);
+        Bytes plain;
+        unstuffWith(activeFraming().escape, raw, &plain);
         Bytes reply = frameHandler(plain);
         Request r;
         r.raw = std::move(raw);
@@ -489,8 +493,8 @@ struct Simulator::Impl {
         Clock::time_point now = Clock::now();
         Clock::time_point until =
             dueMs < 0 ? Clock::time_point::max() : now + std::chrono::milliseconds(dueMs);
-        if (outLeft() > 0 && txPace.allowed(now) == 0)
-            until = std::min(until, txPace.nextSlot(now));
+        if (outLeft() > 0 && txPace.allowed(now) < writeChunk())
+            until = std::min(until, txPace.nextSlot(now, writeChunk()));
         if (!rxPending.empty()) until = std::min(until, rxPace.nextDelivery(rxPending.size(), 0));
         if (until == Clock::time_point::max()) return Clock::duration::max();
         return until > now ? until - now : Clock::duration::zero();
@@ -507,7 +511,7 @@ struct Simulator::Impl {
             struct pollfd p[2] = {{wake.fd, POLLIN, 0}, {master.fd, 0, 0}};
             nfds_t count = 1;
             if (master) {
-                bool canWrite = outLeft() > 0 && txPace.allowed(Clock::now()) > 0;
+                bool canWrite = outLeft() > 0 && txPace.allowed(Clock::now()) >= writeChunk();
                 bool canRead = rxPending.size() < readAhead;
                 p[1].events = static_cast<short>((canRead ? POLLIN : 0) | (canWrite ? POLLOUT : 0));
                 count = 2;
@@ -534,7 +538,7 @@ struct Simulator::Impl {
             if (count == 2 && (p[1].revents & (POLLIN | POLLHUP | POLLERR))) {
                 ssize_t n = ::read(master.fd, buf, readAhead - rxPending.size());
                 if (n > 0 && rxPace.paced()) {
-                    rxPace.book(Clock::now(), static_cast<size_t>(n));
+                    rxPace.receive(Clock::now(), static_cast<size_t>(n));
                     rxPending.insert(rxPending.end(), buf, buf + n);
                 } else if (n > 0) {
                     feed(buf, static_cast<size_t>(n));

@@ -9,7 +9,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 // A receiving line with more than this many bytes queued holds the generator back.
-constexpr size_t BEHIND_BYTES = 512;
+constexpr size_t BEHIND_BYTES = 1024;
 
 }  // namespace
 

@@ -11,9 +11,11 @@ LinePacer::LinePacer(long baud, Clock::duration quantum)
         byteTime_ = std::chrono::duration_cast<Clock::duration>(std::chrono::seconds(10)) / baud_;
 }
 
+// A sender that wakes late may use the slots of at most one quantum it slept through,
+// so that wake-up delays do not lower the rate below the line's.
 size_t LinePacer::allowed(Clock::time_point now) const {
     if (!paced()) return static_cast<size_t>(-1);
-    Clock::time_point start = std::max(lineFree_, now);
+    Clock::time_point start = std::max(lineFree_, now - quantum_);
     Clock::time_point limit = now + quantum_;
     if (start > limit) return 0;
     // Slots starting at start, start + t, ... up to limit.
@@ -22,13 +24,20 @@ size_t LinePacer::allowed(Clock::time_point now) const {
 
 void LinePacer::book(Clock::time_point now, size_t n) {
     if (!paced() || n == 0) return;
+    lineFree_ = std::max(lineFree_, now - quantum_) + byteTime_ * static_cast<long>(n);
+}
+
+void LinePacer::receive(Clock::time_point now, size_t n) {
+    if (!paced() || n == 0) return;
     lineFree_ = std::max(lineFree_, now) + byteTime_ * static_cast<long>(n);
 }
 
-LinePacer::Clock::time_point LinePacer::nextSlot(Clock::time_point now) const {
+LinePacer::Clock::time_point LinePacer::nextSlot(Clock::time_point now, size_t want) const {
     if (!paced()) return now;
-    Clock::time_point start = std::max(lineFree_, now);
-    return start - quantum_ > now ? start - quantum_ : now;
+    if (want == 0) want = 1;
+    // allowed(t) >= want once lineFree + (want - 1) slots start within a quantum of t.
+    Clock::time_point at = lineFree_ + byteTime_ * static_cast<long>(want - 1) - quantum_;
+    return at > now ? at : now;
 }
 
 size_t LinePacer::delivered(Clock::time_point now, size_t pending) const {

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "mcu_base.h"
+#include "sim_frame.h"
 
 namespace brdsim {
 
@@ -16,13 +16,13 @@ constexpr uint8_t FAIL = 0;
 constexpr uint8_t ST_IDE_EXT = 4, ST_RTR_REMOTE = 2;
 constexpr uint8_t NXP_IDE_EXT = 1, NXP_RTR_REMOTE = 1;
 
+// The NXP controller's framing in application mode.
+constexpr uint8_t NXP_START_CODE_C1 = 0xC1;
+constexpr uint8_t NXP_END_CODE_C2 = 0xC2;
+constexpr uint8_t ESCAPE_CODE_C0 = 0xC0;
+
 Bytes frame(uint8_t start, uint8_t end, uint8_t escape, const Bytes& body) {
-    Bytes out(2 * body.size() + 2);
-    unsigned int n =
-        stuffFrame(start, end, escape, body.data(), static_cast<unsigned int>(body.size()),
-                   out.data(), static_cast<unsigned int>(out.size()));
-    out.resize(n);
-    return out;
+    return stuffWith(start, end, escape, body);
 }
 
 uint32_t le32(const Bytes& b, size_t at) {
@@ -74,7 +74,7 @@ Bytes encodeNxpCanFrame(const CanMessage& m) {
     body.push_back(m.dlc);
     for (int k = 0; k < m.dlc; ++k) body.push_back(m.rtr ? 0 : m.data[k]);
     body.push_back(NXP_END_CODE_C2);
-    // stuffFrame adds the start and end codes itself.
+    // frame() adds the start and end codes itself.
     return frame(NXP_START_CODE_C1, NXP_END_CODE_C2, ESCAPE_CODE_C0,
                  Bytes(body.begin() + 1, body.end() - 1));
 }
@@ -138,14 +138,14 @@ Bytes NxpController::bootAnswer(uint8_t code, const Bytes& data, bool app) {
     }
     if (r.corrupt) body[0] ^= 0x40;  // the host cannot take it for the answer it awaits
     return app ? frame(NXP_START_CODE_C1, NXP_END_CODE_C2, ESCAPE_CODE_C0, body)
-               : frame(NXP_START_CODE_F1, NXP_END_CODE_F2, ESCAPE_CODE_F0, body);
+               : frame(kFrameStart, kFrameEnd, kFrameEscape, body);
 }
 
 Bytes NxpController::answer(const Bytes& f) {
     // f: C1 code data... C2 (F1 ... F2 in the boot loader)
     if (f.size() < 2) return {};
     Bytes data = f.size() > 3 ? Bytes(f.begin() + 2, f.end() - 1) : Bytes{};
-    if (f[0] == NXP_START_CODE_F1) return bootAnswer(f[1], data, false);
+    if (f[0] == kFrameStart) return bootAnswer(f[1], data, false);
     if (f[1] == 0x02 || f[1] == 0x14 || f[1] == 0x30 || f[1] == 0x40 || f[1] == 0x42)
         return bootAnswer(f[1], data, true);
     if (f.size() < 3) return {};
@@ -166,7 +166,7 @@ bool NxpController::start() {
                                [this] { return port_.backlog(); });
     port_.setFrameHandler({NXP_START_CODE_C1, NXP_END_CODE_C2, ESCAPE_CODE_C0},
                           [this](const Bytes& f) { return answer(f); });
-    port_.setAltFraming({NXP_START_CODE_F1, NXP_END_CODE_F2, ESCAPE_CODE_F0},
+    port_.setAltFraming({kFrameStart, kFrameEnd, kFrameEscape},
                         [this] { return boot_.inBootLoader(); });
     return port_.start();
 }

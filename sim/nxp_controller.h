@@ -20,6 +20,8 @@ class NxpController {
     using Command = std::function<Bytes(const Bytes&)>;
 
     explicit NxpController(CanBus& bus);
+    // Stops serving before the command handlers go.
+    ~NxpController() { port_.stop(); }
     NxpController(const NxpController&) = delete;
     NxpController& operator=(const NxpController&) = delete;
 

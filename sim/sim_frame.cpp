@@ -7,8 +7,8 @@ namespace {
 
 constexpr uint8_t kPolynomial = 0x5A;
 
-bool escaped(uint8_t b) {
-    return b >= kFrameEscape && b <= kFrameEscape + 3;
+bool escaped(uint8_t b, uint8_t escape) {
+    return b >= escape && b <= escape + 3;
 }
 
 }  // namespace
@@ -24,29 +24,37 @@ uint8_t crc8(const uint8_t* data, size_t length) {
 }
 
 Bytes stuff(const Bytes& inner) {
+    return stuffWith(kFrameStart, kFrameEnd, kFrameEscape, inner);
+}
+
+bool unstuff(const Bytes& wire, Bytes* plain) {
+    return unstuffWith(kFrameEscape, wire, plain);
+}
+
+Bytes stuffWith(uint8_t start, uint8_t end, uint8_t escape, const Bytes& inner) {
     Bytes out;
     out.reserve(2 * inner.size() + 2);
-    out.push_back(kFrameStart);
+    out.push_back(start);
     for (uint8_t b : inner) {
-        if (escaped(b)) {
-            out.push_back(kFrameEscape);
-            out.push_back(static_cast<uint8_t>(b - kFrameEscape));
+        if (escaped(b, escape)) {
+            out.push_back(escape);
+            out.push_back(static_cast<uint8_t>(b - escape));
         } else {
             out.push_back(b);
         }
     }
-    out.push_back(kFrameEnd);
+    out.push_back(end);
     return out;
 }
 
-bool unstuff(const Bytes& wire, Bytes* plain) {
+bool unstuffWith(uint8_t escape, const Bytes& wire, Bytes* plain) {
     plain->clear();
     bool ok = true;
     for (size_t i = 0; i < wire.size(); ++i) {
         uint8_t b = wire[i];
-        if (i > 0 && b == kFrameEscape) {
+        if (i > 0 && b == escape) {
             if (i + 1 < wire.size() && wire[i + 1] <= 3) {
-                b = static_cast<uint8_t>(kFrameEscape + wire[++i]);
+                b = static_cast<uint8_t>(escape + wire[++i]);
             } else {
                 ok = false;
             }

@@ -26,4 +26,8 @@ Bytes stuff(const Bytes& inner);
 // as it came) or stands last.
 bool unstuff(const Bytes& wire, Bytes* plain);
 
+// The same for the framing of another controller type (the NXP controller's C1, C2, C0).
+Bytes stuffWith(uint8_t start, uint8_t end, uint8_t escape, const Bytes& inner);
+bool unstuffWith(uint8_t escape, const Bytes& wire, Bytes* plain);
+
 }  // namespace brdsim

@@ -1,8 +1,11 @@
 // brdcan: the board's CAN channels in the can-utils conventions: list, dump, send, gen,
 // stop, bitrate, filter, errors, info, play. Results and traffic on stdout only.
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <syslog.h>
+#include <termios.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -22,6 +25,7 @@
 #include "can/can_frame.h"
 #include "can/can_layout.h"
 #include "can/can_link.h"
+#include "can/slcan.h"
 #include "init.h"
 #include "launch.h"
 
@@ -36,6 +40,14 @@ constexpr int EXIT_DEVICE = 3;
 std::atomic<bool> g_stop{false};
 std::atomic<Dump*> g_dump{nullptr};
 
+// What the serial-line bridge shares with the receive thread.
+struct SlcanTarget {
+    Channel channel;
+    int fd = -1;  // the pseudo-terminal's master side
+    std::atomic<bool> open{false};
+};
+std::atomic<SlcanTarget*> g_slcan{nullptr};
+
 void onStopSignal(int) {
     g_stop = true;
 }
@@ -46,18 +58,33 @@ int64_t nowEpochUs() {
     return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
 }
 
-// The links' callback: CAN frames go to the running dump, if any.
+// Hands a received frame to the serial-line client when the bridge is open.
+void toSlcan(SlcanTarget* t, MCU_CONTENT* link, const can_msg_t& m) {
+    const Channel& c = t->channel;
+    if (!t->open || c.link != link ||
+        (c.controller == Controller::St && stDevice(c) != link->Device))
+        return;
+    std::string line = SlcanEngine::frameLine(
+        frameFromController(c.controller, m.id, m.ide, m.rtr, m.dlc, m.data));
+    // A client that does not read loses frames rather than stalling the link.
+    ssize_t r = ::write(t->fd, line.data(), line.size());
+    (void)r;
+}
+
+// The links' callback: CAN frames go to the running dump or bridge, if any.
 void brdcanCallback(CALLBACK_DATA d) {
     if (d.type != CALLBACK_TYPE_CAN) return;
     Dump* dump = g_dump.load(std::memory_order_acquire);
-    if (dump == nullptr) return;
+    SlcanTarget* slcan = g_slcan.load(std::memory_order_acquire);
+    if (dump == nullptr && slcan == nullptr) return;
     MCU_CONTENT* link = nullptr;
     if (mcu_content != nullptr && mcu_content->fd == d.fd) link = mcu_content;
     for (int i = 0; link == nullptr && i < nCANDevice; ++i)
         if (can_content[i] != nullptr && can_content[i]->fd == d.fd) link = can_content[i];
     if (link == nullptr) return;
     // The receive thread set Device for this frame just before calling.
-    dump->onFrame(link, link->Device, d.canData, nowEpochUs());
+    if (dump != nullptr) dump->onFrame(link, link->Device, d.canData, nowEpochUs());
+    if (slcan != nullptr) toSlcan(slcan, link, d.canData);
 }
 
 int usage(const std::string& what) {
@@ -157,6 +184,8 @@ int startUp(const std::vector<std::string>& channelNames, BrdConfig* whole) {
     }
     if (mcu_content != nullptr) prepareLink(mcu_content, Controller::St);
     for (int i = 0; i < nCANDevice; ++i) prepareLink(can_content[i], Controller::Nxp);
+    // The port layer's lock text ends without a line end.
+    if (mcu_content != nullptr || nCANDevice > 0) fputc('\n', stderr);
     return 0;
 }
 
@@ -365,6 +394,80 @@ int runPlay(const CliOptions& o, const std::vector<Channel>& all) {
     return 0;
 }
 
+// The serial-line CAN bridge: a pseudo-terminal whose client drives the channel.
+int runSlcan(const Channel& c) {
+    int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
+        return fail("slcan", std::string("cannot open a pseudo-terminal: ") + strerror(errno),
+                    EXIT_DEVICE);
+    struct termios t;
+    if (tcgetattr(master, &t) == 0) {
+        cfmakeraw(&t);
+        if (tcsetattr(master, TCSANOW, &t) != 0)
+            return fail("slcan", std::string("cannot set the terminal: ") + strerror(errno),
+                        EXIT_DEVICE);
+    }
+    char name[128];
+    if (ptsname_r(master, name, sizeof name) != 0)
+        return fail("slcan", strerror(errno), EXIT_DEVICE);
+    // Held open so that the line stays up while no client has it open.
+    int hold = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    printf("%s\n", name);
+    fflush(stdout);
+    SlcanTarget target;
+    target.channel = c;
+    target.fd = master;
+    g_slcan.store(&target, std::memory_order_release);
+    SlcanEngine engine;
+    char buf[256];
+    int status = 0;
+    while (!g_stop) {
+        struct pollfd p = {master, POLLIN, 0};
+        int r = poll(&p, 1, 100);
+        if (r < 0 && errno != EINTR) break;
+        if (r <= 0) continue;
+        ssize_t n = ::read(master, buf, sizeof buf);
+        if (n <= 0) continue;
+        bool failed = false;
+        for (const SlcanAction& a : engine.feed(buf, static_cast<size_t>(n))) {
+            int res = CAN_OK;
+            switch (a.kind) {
+                case SlcanAction::Open:
+                    target.open = true;
+                    break;
+                case SlcanAction::Close:
+                    target.open = false;
+                    break;
+                case SlcanAction::SetBitRate:
+                    res = canExchange(c, Op::BitRate, bitRateData(static_cast<uint8_t>(a.rateCode)),
+                                      nullptr);
+                    break;
+                case SlcanAction::Send:
+                    res = canExchange(c, Op::Send, messageData(c.controller, a.frame), nullptr);
+                    break;
+                case SlcanAction::Reply: {
+                    std::string text = failed ? std::string(1, '\a') : a.text;
+                    failed = false;
+                    ssize_t w = ::write(master, text.data(), text.size());
+                    (void)w;
+                    break;
+                }
+            }
+            if (res != CAN_OK) {
+                failed = true;
+                fprintf(stderr, "brdcan: slcan %s: %s\n", c.name.c_str(), linkResultText(res));
+            }
+        }
+    }
+    target.open = false;
+    // The receive threads stop before the target goes away.
+    LAUNCH_EXIT("CONFIG_MAIN_EXIT", nullptr, 1);
+    g_slcan.store(nullptr, std::memory_order_release);
+    if (hold >= 0) close(hold);
+    close(master);
+    return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -410,6 +513,10 @@ int main(int argc, char** argv) {
             break;
         case Command::Dump:
             return runDump(o, all);  // closes the links itself
+        case Command::Slcan:
+            status = findChannel(all, o.channel, &c);
+            if (status != 0) break;
+            return runSlcan(c);  // closes the links itself
         case Command::Play:
             status = runPlay(o, all);
             break;

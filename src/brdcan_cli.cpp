@@ -24,6 +24,8 @@ const char kBrdcanUsage[] =
     "  errors CHANNEL                     the controller's error state\n"
     "  info CHANNEL                       NXP firmware and boot-loader versions, input voltage\n"
     "  play -I FILE [-g GAP_MS] [OUT=IN]...  replay a candump log with its timing\n"
+    "  slcan CHANNEL                      bridge the channel to a pseudo-terminal speaking the\n"
+    "                                     serial-line CAN protocol; prints its path\n"
     "Exit status: 0 done, 1 link or controller failure, 2 usage error, 3 configuration or\n"
     "device error.\n";
 
@@ -54,7 +56,7 @@ const Command_ kCommands[] = {
     {"list", Command::List},     {"dump", Command::Dump},     {"send", Command::Send},
     {"gen", Command::Gen},       {"stop", Command::Stop},     {"bitrate", Command::Bitrate},
     {"filter", Command::Filter}, {"errors", Command::Errors}, {"info", Command::Info},
-    {"play", Command::Play},
+    {"play", Command::Play},     {"slcan", Command::Slcan},
 };
 
 }  // namespace
@@ -193,6 +195,7 @@ bool parseCli(int argc, char** argv, CliOptions* out, std::string* error) {
             break;
         }
         case Command::Stop:
+        case Command::Slcan:
         case Command::Errors:
         case Command::Info:
             if (!wantWords(1, "CHANNEL")) return false;

@@ -8,7 +8,20 @@
 
 #include "can/can_frame.h"
 
-enum class Command { None, List, Dump, Send, Gen, Stop, Bitrate, Filter, Errors, Info, Play };
+enum class Command {
+    None,
+    List,
+    Dump,
+    Send,
+    Gen,
+    Stop,
+    Bitrate,
+    Filter,
+    Errors,
+    Info,
+    Play,
+    Slcan
+};
 
 struct CliOptions {
     Command command = Command::None;

@@ -65,7 +65,10 @@ Table commandTable() {
 }
 
 bool isRunnable(const FUNCTION_MAP_ENTRY& row) {
-    return row.cmd[0] != -1;
+    // A row without a request still runs when a handler of its own does the work (CAN
+    // device select, series and real-time rows).
+    return row.cmd[0] != -1 || (row.func != nullptr && row.func != FUNC_GENERIC &&
+                                row.func != FUNC_RESERVED && row.func != FUNC_EXIT);
 }
 
 const char* commandKind(const FUNCTION_MAP_ENTRY& row) {

@@ -341,3 +341,170 @@ TEST_F(BrdcanTest, ReplayOfARecordedLog) {
               "  nxp0  100   [1]  01\n"
               "  nxp0  1ABCDEF0   [0]  remote request\n");
 }
+
+// brdcmd's CAN rows: what each asks, what it sends and what it prints decoded.
+TEST_F(BrdcanTest, BrdcmdCanRowsSendTheTableLayouts) {
+    struct Case {
+        const char* row;
+        const char* input;
+        bool onNxp;
+        Bytes unstuffed;    // as in RequestBytesOfEachCommand
+        const char* shows;  // a line the output holds
+    } cases[] = {
+        {"ST_CAN1_SET_01_01_SPEED", "5\n", false, {6, 3, 1, 4}, "5. 125 kbit/s\n"},
+        {"NXP_CAN_AP_10_SET_SPEED",
+         "x\n9\n",
+         true,
+         {0x10, 8},
+         "Input Error !!! Please input a number."},
+        {"ST_CAN2_SET_02_01_FILTER",
+         "12G\n120:7F0\n",
+         false,
+         {7, 3, 2, 1, 0x20, 1, 0, 0, 0xF0, 7, 0, 0, 0},
+         "Input Error !!! filter must be ID:MASK"},
+        {"ST_CAN1_SET_02_01_DISABLE_AND_CLEAR_ALL_FILTER",
+         "",
+         false,
+         {6, 3, 2, 0},
+         "command executed successfully"},
+        {"NXP_CAN_AP_20_EDIT_MESSAGE_TO_SENDING",
+         "1F334455#11.22\n",
+         true,
+         {0x20, 0x55, 0x44, 0x33, 0x1F, 1, 0, 2, 0x11, 0x22, 0, 0, 0, 0, 0, 0},
+         "command executed successfully"},
+        {"ST_CAN2_SET_03_01_SEND_MESSAGE",
+         "123#R\n",
+         false,
+         {7, 3, 3, 0x23, 1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+         "command executed"},
+        {"ST_CAN1_SET_04_01_STOP_TRANSMIT", "", false, {6, 3, 4}, "command executed"},
+        {"ST_CAN2_SET_05_01_CLEAR_RECEIVE_FIFO", "", false, {7, 3, 5}, "command executed"},
+        {"ST_CAN1_GET_01_01_ERROR_CODE", "", false, {6, 2, 1}, ") Last error: "},
+        {"NXP_CAN_AP_34_GET_ERROR_CODE", "", true, {0x34}, ") Errors seen: "},
+        {"NXP_CAN_AP_02_READ_FW_VERSION", "", true, {0x02}, "Firmware version: 1.4.2\n"},
+        {"NXP_CAN_AP_04_READ_BL_VERSION", "", true, {0x04}, "Boot loader version: 1.0.7\n"},
+        {"NXP_CAN_AP_50_READ_INPUT_VOLTAGE", "", true, {0x50}, "Input voltage: 12.150 V\n"},
+    };
+    for (const Case& c : cases) {
+        sim.clearRequests();
+        nxp.port().clearRequests();
+        ProgramResult r =
+            runProgram(BRDCMD_BIN, {c.row}, c.input,
+                       {{"BRDCTL_PRODUCT", "KX07"}, {"BRDCTL_CONFIG_DIR", dir}}, 10000);
+        EXPECT_EQ(r.status, 0) << c.row << ": " << r.err;
+        EXPECT_NE(r.out.find(c.shows), std::string::npos) << c.row << ":\n" << r.out;
+        brdsim::Simulator& port = c.onNxp ? nxp.port() : sim;
+        auto reqs = port.requests();
+        ASSERT_EQ(reqs.size(), 1u) << c.row;
+        Bytes got;
+        if (!c.onNxp) got = {reqs[0].device, reqs[0].address};
+        got.insert(got.begin() + (c.onNxp ? 0 : 1), reqs[0].command);
+        got.insert(got.end(), reqs[0].data.begin(), reqs[0].data.end());
+        EXPECT_EQ(got, c.unstuffed) << c.row;
+    }
+    // End of input at a prompt sends nothing.
+    sim.clearRequests();
+    ProgramResult r = runProgram(BRDCMD_BIN, {"ST_CAN1_SET_03_01_SEND_MESSAGE"}, "",
+                                 {{"BRDCTL_PRODUCT", "KX07"}, {"BRDCTL_CONFIG_DIR", dir}}, 10000);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("input ended"), std::string::npos) << r.err;
+    EXPECT_EQ(sim.requestCount(), 0u);
+}
+
+// The series row runs the link's send thread and prints its summary.
+TEST_F(BrdcanTest, BrdcmdSeriesRow) {
+    ProgramResult r = runProgram(BRDCMD_BIN, {"NXP_CAN_AP_AUTO_SEND"}, "7A\n3\n1\n",
+                                 {{"BRDCTL_PRODUCT", "KX07"}, {"BRDCTL_CONFIG_DIR", dir}}, 10000);
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("sendTotalCount(3), sendCommandSuccessCount(3), sendCommandErrorCount(0)"),
+              std::string::npos)
+        << r.out;
+    auto reqs = nxp.port().requests();
+    ASSERT_EQ(reqs.size(), 3u);
+    EXPECT_EQ(reqs[2].data, (Bytes{0x7A, 0, 0, 0, 4, 0, 8, 3, 0, 0, 0, 0, 0, 0, 3}));
+}
+
+// python-can's slcan interface drives nxp0 through the bridge: it sets the bit rate,
+// opens the channel, asks the version, sends an unknown command (BEL, and the bridge goes
+// on), sends a standard and a remote extended frame (dumped on st1) and receives what st1
+// sends.
+TEST_F(BrdcanTest, SlcanBridgeDrivenByPythonCan) {
+    Background bridge({"slcan", "nxp0"}, dir, "slcan");
+    bridge.waitReady();
+    std::string pty = bridge.out();
+    ASSERT_FALSE(pty.empty());
+    pty.pop_back();
+    ASSERT_EQ(brdcan({"bitrate", "st1", "250k"}).status, 0);
+    Background dump({"dump", "-n", "2", "-T", "8000", "st1"}, dir, "dump");
+    dump.waitReady();
+    std::string script = dir + "/client.py", ready = dir + "/sent", pyOut = dir + "/client.out";
+    std::ofstream(script) << "import can, sys\n"
+                             "bus = can.interface.Bus(interface='slcan', channel=sys.argv[1], "
+                             "bitrate=250000, sleep_after_open=0)\n"
+                             "print('version', bus.get_version(2.0))\n"
+                             "bus.serialPortOrig.write(b'Q\\r')\n"
+                             "bus.send(can.Message(arbitration_id=0x321, data=[1, 2, 3], "
+                             "is_extended_id=False))\n"
+                             "bus.send(can.Message(arbitration_id=0x1ABCDE, is_remote_frame=True, "
+                             "dlc=2, is_extended_id=True))\n"
+                             "open(sys.argv[2], 'w').close()\n"
+                             "for i in range(2):\n"
+                             "    m = bus.recv(8.0)\n"
+                             "    print(hex(m.arbitration_id), m.is_extended_id, "
+                             "m.is_remote_frame, m.dlc, m.data.hex())\n"
+                             "bus.shutdown()\n";
+    pid_t py = fork();
+    if (py == 0) {
+        int fd = open(pyOut.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        dup2(fd, 1);
+        dup2(fd, 2);
+        execl("/usr/bin/python3", "python3", script.c_str(), pty.c_str(), ready.c_str(),
+              static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    ASSERT_TRUE(dump.wait(8000));
+    EXPECT_EQ(dump.out(),
+              "  st1  321   [3]  01 02 03\n"
+              "  st1  001ABCDE   [2]  remote request\n");
+    for (int i = 0; i < 400 && access(ready.c_str(), F_OK) != 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_EQ(brdcan({"send", "st1", "123#DEADBEEF"}).status, 0);
+    ASSERT_EQ(brdcan({"send", "st1", "12345678#R"}).status, 0);
+    int st = 0;
+    ASSERT_EQ(waitpid(py, &st, 0), py);
+    EXPECT_TRUE(WIFEXITED(st) && WEXITSTATUS(st) == 0);
+    EXPECT_EQ(readFile(pyOut),
+              "version (10, 13)\n"
+              "0x123 False False 4 deadbeef\n"
+              "0x12345678 True True 0 \n");
+    std::vector<Bytes> sent;
+    for (const auto& r : nxp.port().requests()) {
+        Bytes b = {r.command};
+        b.insert(b.end(), r.data.begin(), r.data.end());
+        sent.push_back(b);
+    }
+    ASSERT_EQ(sent.size(), 3u);
+    EXPECT_EQ(sent[0], (Bytes{0x10, 5}));
+    EXPECT_EQ(sent[1], (Bytes{0x20, 0x21, 3, 0, 0, 0, 0, 3, 1, 2, 3, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(sent[2], (Bytes{0x20, 0xDE, 0xBC, 0x1A, 0, 1, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0}));
+    kill(bridge.pid, SIGINT);
+    ASSERT_TRUE(bridge.wait(3000));
+    EXPECT_EQ(bridge.status, 0);
+}
+
+// -l writes the log lines into a file named as candump names it, nothing on stdout.
+TEST_F(BrdcanTest, LogFileNamedAsCandumpNamesIt) {
+    Background dump({"dump", "-l", "-n", "1", "-T", "5000", "st2"}, dir, "dump");
+    dump.waitReady();
+    ASSERT_EQ(brdcan({"send", "nxp0", "7FF#0102"}).status, 0);
+    ASSERT_TRUE(dump.wait(5000));
+    EXPECT_EQ(dump.status, 0);
+    EXPECT_EQ(dump.out(), "");
+    std::string err = dump.err();
+    size_t at = err.find("brdcan: logging to candump-");
+    ASSERT_NE(at, std::string::npos) << err;
+    std::string name = err.substr(at + 19, err.find('\n', at) - at - 19);
+    EXPECT_EQ(name.size(), std::string("candump-2026-11-23_201500.log").size()) << name;
+    std::string log = readFile(dir + "/" + name);
+    EXPECT_EQ(log.substr(log.find(')')), ") st2 7FF#0102\n") << log;
+}

@@ -42,16 +42,16 @@ void prepareLink(MCU_CONTENT* link, Controller controller) {
         link->nxpMode = NXP_MODE_AP;
 }
 
-int canExchange(const Channel& c, Op op, const Bytes& data, Bytes* payload) {
+int canExchange(const Channel& c, Op op, const Bytes& data, Bytes* payload, core::Answer* raw) {
     const RequestLayout* layout = findLayout(c.controller, op);
     if (layout == nullptr || c.link == nullptr) return MCU_RESULT_NO_COMMAND;
-    BYTE in[64] = {};
-    int n = static_cast<int>(data.size() < sizeof in ? data.size() : sizeof in);
-    for (int k = 0; k < n; ++k) in[k] = data[k];
-    BYTE out[RESPONSE_BUFFER_SIZE];
-    int outLen = 0;
-    int r = sendCMD(c.link, requestIndex(c, op), in, n, out, &outLen);
-    if (r != MCU_RESULT_OK) return r < 0 ? r : CAN_NO_ANSWER;
+    int type = c.controller == Controller::St ? MCU_TYPE_ST : MCU_TYPE_NXP;
+    core::Answer a = core::exchange(c.link, type, core::apModeOf(type), requestIndex(c, op),
+                                    std::span<const BYTE>(data.data(), data.size()));
+    if (raw != nullptr) *raw = a;
+    if (!a.ok()) return a.result < 0 ? a.result : CAN_NO_ANSWER;
+    const BYTE* out = a.bytes.data();
+    int outLen = a.length;
     Bytes scratch;
     return answerOk(c.controller, *layout, out, outLen, payload ? payload : &scratch) ? CAN_OK
                                                                                       : CAN_REFUSED;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "can/can_layout.h"
+#include "exchange.h"
 #include "mcu_base.h"
 
 namespace can {
@@ -39,7 +40,9 @@ constexpr int CAN_NO_ANSWER = -100;  // an answer that could not be used
 
 // Sends request `op` with `data` on the channel and checks the answer; *payload gets
 // the answer's data after its status. Every CAN request of brdcan goes through here.
-int canExchange(const Channel& c, Op op, const Bytes& data, Bytes* payload);
+// `raw`, when given, gets the exchange's answer as the link returned it (for reports).
+int canExchange(const Channel& c, Op op, const Bytes& data, Bytes* payload,
+                core::Answer* raw = nullptr);
 
 // What a link result means, for messages.
 const char* linkResultText(int result);
