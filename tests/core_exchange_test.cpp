@@ -141,7 +141,7 @@ TEST(CoreExchange, GenericRowsTravelOnTheirOwnLink) {
         int result;
     } cases[] = {
         {"ST_SYSTEM_GET_01_01_MCU_VERSION", 1, 1},
-        {"NXP_CAN_AP_02_READ_FW_VERSION", 0, 0},
+        {"NXP_CAN_AP_02_READ_FW_VERSION", 0, MCU_RESULT_OPEN_FAIL},
     };
     BoardFixture board;
     for (const auto& c : cases) {
