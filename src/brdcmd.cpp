@@ -31,10 +31,13 @@ void installInterruptHandler() {
     sigaction(SIGINT, &sa, nullptr);
 }
 
-// Whether the link the row travels on (the table's link column) is open; otherwise one
-// line naming the configuration file and the missing device.
+// Whether the device the row needs is open; otherwise one line naming the configuration
+// file and the missing device. The table's link column says where a row travels; the
+// ST MCU's own CAN channels are pooled with the CAN rows but reach the board through the
+// system MCU, so an ST-typed row always needs the system MCU and no CAN device.
 bool devicesFor(const FUNCTION_MAP_ENTRY& row) {
-    const bool can = row.link == core::Link::CurrentCan;
+    const bool stChannel = row.link == core::Link::CurrentCan && row.mcuType == MCU_TYPE_ST;
+    const bool can = row.link == core::Link::CurrentCan && !stChannel;
     return LAUNCH_CHECK_DEVICES(!can, can);
 }
 

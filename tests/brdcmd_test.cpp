@@ -133,7 +133,8 @@ TEST_F(BrdcmdProgram, AnswersWithoutTheBoard) {
 
 // The device a command needs follows its row's link column: a CAN row on a board with
 // only an MCU device, an MCU row on one with only a CAN device, are refused before
-// anything is sent (status 3, one line naming the file and the missing device).
+// anything is sent (status 3, one line naming the file and the missing device). The ST
+// MCU's CAN channels are pooled with the CAN rows but need the system MCU.
 TEST_F(BrdcmdProgram, NeedsTheDeviceOfTheRowsLink) {
     ASSERT_TRUE(sim_.start());
     const std::string conf = dir_ + "/KX07.conf", device = sim_.ptyPath() + ",115200,1\n";
@@ -150,7 +151,7 @@ TEST_F(BrdcmdProgram, NeedsTheDeviceOfTheRowsLink) {
     };
     const Case cases[] = {
         {"NXP_CAN_AP_02_READ_FW_VERSION", core::Link::CurrentCan, mcuOnly, noCan},
-        {"ST_CAN1_GET_01_01_ERROR_CODE", core::Link::CurrentCan, mcuOnly, noCan},
+        {"ST_CAN1_GET_01_01_ERROR_CODE", core::Link::CurrentCan, canOnly, noMcu},
         {"ST_SYSTEM_GET_0C_01_TEMPERATURE", core::Link::SystemMcu, canOnly, noMcu},
     };
     for (const Case& c : cases) {
