@@ -7,13 +7,13 @@
 #include <iterator>
 
 #include "bkp/bkp_handlers.h"
+#include "can/can_handlers.h"
 #include "dsu/dsu_handlers.h"
 #include "fm/fm_handlers.h"
 #include "iot/iot_handlers.h"
 #include "ltc3351/ltc3351_handlers.h"
 #include "odm/odm_handlers.h"
 #include "poe/poe_handlers.h"
-#include "can/can_handlers.h"
 #include "system/system_handlers.h"
 #include "tpms/tpms_handlers.h"
 #include "update/update_handlers.h"
