@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "board_fixture.h"
+#include "handler_call.h"
 #include "interactive_program.h"
 #include "run_program.h"
 #include "tpms.h"
@@ -24,21 +25,8 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using Clock = std::chrono::steady_clock;
 
-struct Outcome {
-    int result = 0;
-    std::string out, err;
-    Bytes line;  // every byte the board received
-};
-
-Outcome call(BoardFixture& board, const std::string& name, const std::string& input) {
-    board.sim.clearRequests();
-    Outcome r;
-    testing::internal::CaptureStderr();
-    r.result = board.run(name, input, &r.out);
-    r.err = testing::internal::GetCapturedStderr();
-    r.line = board.sim.lineBytes();
-    return r;
-}
+using Outcome = HandlerCall;
+constexpr auto call = callHandler;
 
 void freshFrequency() {
     data2 = 0x2E;

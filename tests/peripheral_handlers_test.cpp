@@ -8,32 +8,16 @@
 #include <vector>
 
 #include "board_fixture.h"
+#include "handler_call.h"
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using Clock = std::chrono::steady_clock;
 
 const std::string SEP = "==========================\n";
 
-struct Outcome {
-    int result = 0;
-    std::string out, err;
-    std::vector<brdsim::Request> sent;
-    double ms = 0;
-};
-
-Outcome call(BoardFixture& board, const std::string& name, const std::string& input) {
-    board.sim.clearRequests();
-    Outcome r;
-    testing::internal::CaptureStderr();
-    auto t0 = Clock::now();
-    r.result = board.run(name, input, &r.out);
-    r.ms = std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
-    r.err = testing::internal::GetCapturedStderr();
-    r.sent = board.sim.requests();
-    return r;
-}
+using Outcome = HandlerCall;
+constexpr auto call = callHandler;
 
 // One request as the board saw it.
 struct Sent {

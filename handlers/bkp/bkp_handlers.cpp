@@ -223,3 +223,17 @@ int FUNC_ST_BIOS_GET_AUTO_REBOOT_FUNCTION(int cmdIndex, char* funName) {
 int FUNC_ST_BIOS_SET_AUTO_REBOOT_FUNCTION(int cmdIndex, char* funName) {
     return shapes::runMenu(SET_AUTO_REBOOT_FUNCTION, cmdIndex, funName);
 }
+
+namespace bkp {
+
+namespace {
+const shapes::MenuRef MENU_LIST[] = {
+    {FUNC_ST_BKP_SET_DELAY_TIME_CONTROL, SET_DELAY_TIME_CONTROL},
+    {FUNC_ST_BKP_SET_POWER_OFF_VALUE, SET_POWER_OFF_VALUE},
+    {FUNC_ST_BIOS_SET_AUTO_REBOOT_FUNCTION, SET_AUTO_REBOOT_FUNCTION},
+};
+}  // namespace
+
+const std::span<const shapes::MenuRef> menuRows = MENU_LIST;
+
+}  // namespace bkp

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "mcu_base.h"
+#include "shapes/rows.h"
 
 int FUNC_ST_BKP_GET_BACKUP_BATTERY_STATUS(int cmdIndex, char* funName);
 int FUNC_ST_BKP_GET_SMART_BATTERY_VOLTAGE(int cmdIndex, char* funName);
@@ -49,5 +50,8 @@ std::string renderAutoReboot(Bytes a, std::string_view product, int fd);
 std::string renderDelayTimeMenu();
 std::string renderPowerOffMenu();
 std::string renderAutoRebootMenu();
+
+// Every handler that runs a menu row, with its row.
+extern const std::span<const shapes::MenuRef> menuRows;
 
 }  // namespace bkp

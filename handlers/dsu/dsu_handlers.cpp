@@ -100,14 +100,23 @@ int FUNC_ST_DSU_SET_PANEL_CONTROL(int cmdIndex, char* funName) {
 }
 
 std::string dsu::renderMenuOf(int (*handler)(int, char*)) {
-    static const shapes::MenuRef menus[] = {
-        {FUNC_ST_DSU_SET_VIDEO_INPUT_SOURCE, SET_VIDEO_INPUT_SOURCE},
-        {FUNC_ST_DSU_SET_MUTE_CONTROL, SET_MUTE_CONTROL},
-        {FUNC_ST_DSU_SET_AUTO_BACKLIGHT_CONTROL, SET_AUTO_BACKLIGHT_CONTROL},
-        {FUNC_ST_DSU_SET_VIDEO_CONTROL_MODE, SET_VIDEO_CONTROL_MODE},
-        {FUNC_ST_DSU_SET_PANEL_CONTROL, SET_PANEL_CONTROL},
-    };
     if (handler == FUNC_ST_DSU_SET_KEY_SIMULATION) return renderMenu(KEY_MENU);
-    const MenuRow* row = shapes::rowOf<MenuRow>(menus, handler);
+    const MenuRow* row = shapes::rowOf<MenuRow>(menuRows, handler);
     return row ? shapes::renderStep(shapes::menuStep(*row)) : std::string();
 }
+
+namespace dsu {
+
+namespace {
+const shapes::MenuRef MENU_LIST[] = {
+    {FUNC_ST_DSU_SET_VIDEO_INPUT_SOURCE, SET_VIDEO_INPUT_SOURCE},
+    {FUNC_ST_DSU_SET_MUTE_CONTROL, SET_MUTE_CONTROL},
+    {FUNC_ST_DSU_SET_AUTO_BACKLIGHT_CONTROL, SET_AUTO_BACKLIGHT_CONTROL},
+    {FUNC_ST_DSU_SET_VIDEO_CONTROL_MODE, SET_VIDEO_CONTROL_MODE},
+    {FUNC_ST_DSU_SET_PANEL_CONTROL, SET_PANEL_CONTROL},
+};
+}  // namespace
+
+const std::span<const shapes::MenuRef> menuRows = MENU_LIST;
+
+}  // namespace dsu

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "mcu_base.h"
+#include "shapes/rows.h"
 
 int FUNC_ST_DSU_GET_DEVICE_TYPE(int cmdIndex, char* funName);
 int FUNC_ST_DSU_GET_VIDEO_INPUT_SOURCE(int cmdIndex, char* funName);
@@ -33,5 +34,8 @@ std::string renderVideoControlMode(Bytes a, std::string_view product, int fd);
 std::string renderPanelMode(Bytes a, std::string_view product, int fd);
 // The menu of a SET handler, up to its prompt (null for other handlers).
 std::string renderMenuOf(int (*handler)(int, char*));
+
+// Every handler that runs a menu row, with its row.
+extern const std::span<const shapes::MenuRef> menuRows;
 
 }  // namespace dsu

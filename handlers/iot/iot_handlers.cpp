@@ -380,3 +380,25 @@ int FUNC_ST_IOT_SET_SMS_CONTROL(int cmdIndex, char* funName) {
 int FUNC_ST_IOT_SET_SMS_CODING_TYPE(int cmdIndex, char* funName) {
     return shapes::runMenu(SET_SMS_CODING_TYPE, cmdIndex, funName);
 }
+
+namespace iot {
+
+namespace {
+const shapes::GetRef GET_LIST[] = {
+    {FUNC_ST_IOT_GET_TRACKER_STATUS, GET_TRACKER_STATUS},
+    {FUNC_ST_IOT_GET_TRACKER_MODE, GET_TRACKER_MODE},
+    {FUNC_ST_IOT_GET_SMS_STATUS, GET_SMS_STATUS},
+    {FUNC_ST_IOT_GET_SMS_CODING_TYPE, GET_SMS_CODING_TYPE},
+};
+const shapes::MenuRef MENU_LIST[] = {
+    {FUNC_ST_IOT_SET_TRACKER_CONTROL, SET_TRACKER_CONTROL},
+    {FUNC_ST_IOT_SET_TRACKER_MODE, SET_TRACKER_MODE},
+    {FUNC_ST_IOT_SET_SMS_CONTROL, SET_SMS_CONTROL},
+    {FUNC_ST_IOT_SET_SMS_CODING_TYPE, SET_SMS_CODING_TYPE},
+};
+}  // namespace
+
+const std::span<const shapes::GetRef> getRows = GET_LIST;
+const std::span<const shapes::MenuRef> menuRows = MENU_LIST;
+
+}  // namespace iot

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "mcu_base.h"
+#include "shapes/rows.h"
 
 int FUNC_ST_IOT_GET_APN(int cmdIndex, char* funName);
 int FUNC_ST_IOT_GET_DNS(int cmdIndex, char* funName);
@@ -80,5 +81,10 @@ std::string renderThreshtap(Bytes a, std::string_view product, int fd);
 std::string renderAngle(Bytes a, std::string_view product, int fd);
 std::string renderSmsContent(Bytes a, std::string_view product, int fd);
 std::string renderSmsResponseTime(Bytes a, std::string_view product, int fd);
+
+// Every handler that runs a data row of state texts, with its row.
+extern const std::span<const shapes::GetRef> getRows;
+// Every handler that runs a menu row, with its row.
+extern const std::span<const shapes::MenuRef> menuRows;
 
 }  // namespace iot

@@ -368,3 +368,17 @@ int FUNC_ST_ODM_SET_WWAN_ENABLE_STATUS(int cmdIndex, char* funName) {
 int FUNC_ST_ODM_SET_WWAN_RESET_STATUS(int cmdIndex, char* funName) {
     return afterZero(cmdIndex, funName, WWAN_RESET_MENU);
 }
+
+namespace odm {
+
+namespace {
+const shapes::MenuRef MENU_LIST[] = {
+    {FUNC_ST_NVR_SET_SHUTDOWN_FLAG, SET_SHUTDOWN_FLAG},
+    {FUNC_ST_ODM_SET_GPS_LED_CONTROL, SET_GPS_LED_CONTROL},
+    {FUNC_ST_ODM_SET_GSENSOR_CONTROL, SET_GSENSOR_CONTROL},
+};
+}  // namespace
+
+const std::span<const shapes::MenuRef> menuRows = MENU_LIST;
+
+}  // namespace odm

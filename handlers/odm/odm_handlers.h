@@ -64,4 +64,7 @@ extern const std::span<const shapes::GetRef> rows;
 // The lines of a GET that names the state of answer byte 0 ("" for other handlers).
 std::string renderStateOf(int (*handler)(int, char*), Bytes a, int fd);
 
+// Every handler that runs a menu row, with its row.
+extern const std::span<const shapes::MenuRef> menuRows;
+
 }  // namespace odm

@@ -11,12 +11,6 @@ namespace update {
 
 namespace {
 
-std::string hexAddr(uint32_t v) {
-    char b[16];
-    std::snprintf(b, sizeof b, "0x%08X", v);
-    return b;
-}
-
 // Placeholder device, command and address bytes of the system MCU's IAP rows: none of
 // them is a reserved value, so they stuff as the real ones do.
 const Bytes kStHeader = {0x03, 0x03, 0x04};
@@ -344,16 +338,24 @@ int Updater::update(const Image& img, Report* rep) {
     return EXIT_DONE;
 }
 
-int Updater::verifyOnly(const Image& img, Report* rep) {
-    Bytes ans;
+// Asks the board which program runs, first as the application would be asked, then as
+// the boot loader; sets the session and the reported state. False when neither answers.
+bool Updater::askMode(Bytes* ans, Report* rep) {
     session_ = Mode::App;
-    if (call(Step::Mode, Mode::App, {}, &ans, rep) != Call::Ok) {
+    if (call(Step::Mode, Mode::App, {}, ans, rep) != Call::Ok) {
         session_ = Mode::Update;
-        if (call(Step::Mode, Mode::Update, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
+        if (call(Step::Mode, Mode::Update, {}, ans, rep) != Call::Ok) return false;
     }
     rep->error.clear();
-    rep->state = ans[0] == 2 ? "boot loader" : "application";
-    if (ans[0] == 2) session_ = Mode::Update;
+    bool boot = (*ans)[0] == 2;
+    rep->state = boot ? "boot loader" : "application";
+    if (boot) session_ = Mode::Update;
+    return true;
+}
+
+int Updater::verifyOnly(const Image& img, Report* rep) {
+    Bytes ans;
+    if (!askMode(&ans, rep)) return stop(rep, EXIT_BOARD);
     if (!checkBootInfo(rep)) return stop(rep, rep->hasBoot ? EXIT_CONFIG : EXIT_BOARD);
     Plan plan = makePlan(s_, img, rep->boot.pageSize);
     bool hasCheck = findRow(s_.target, Step::Check) != nullptr;
@@ -368,15 +370,8 @@ int Updater::verifyOnly(const Image& img, Report* rep) {
 
 int Updater::info(Report* rep) {
     Bytes ans;
-    session_ = Mode::App;
-    if (call(Step::Mode, Mode::App, {}, &ans, rep) != Call::Ok) {
-        session_ = Mode::Update;
-        if (call(Step::Mode, Mode::Update, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
-    }
-    rep->error.clear();
-    bool boot = ans[0] == 2;
-    rep->state = boot ? "boot loader" : "application";
-    if (boot) session_ = Mode::Update;
+    if (!askMode(&ans, rep)) return stop(rep, EXIT_BOARD);
+    bool boot = session_ == Mode::Update;
     if (call(Step::Info, session_, {}, &ans, rep) != Call::Ok) return stop(rep, EXIT_BOARD);
     parseBootInfo(ans, &rep->boot);
     rep->hasBoot = true;

@@ -89,6 +89,7 @@ class Updater {
     Call call(Step step, Mode mode, const Args& a, Bytes* answer, Report* rep);
     bool enterBootLoader(Report* rep);
     bool checkBootInfo(Report* rep);
+    bool askMode(Bytes* ans, Report* rep);
     bool verify(const Plan& plan, const Image& img, Report* rep, bool reading);
     bool firstDifference(const Block& b, const Image& img, Report* rep);
     int stop(Report* rep, int code);

@@ -23,12 +23,6 @@ std::string hex2(unsigned v) {
     return b;
 }
 
-std::string hexAddr(uint64_t v) {
-    char b[24];
-    std::snprintf(b, sizeof b, "0x%08llX", static_cast<unsigned long long>(v));
-    return b;
-}
-
 int hexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -427,6 +421,12 @@ uint32_t crc32(const uint8_t* p, size_t n, uint32_t crc) {
     crc = ~crc;
     for (size_t i = 0; i < n; ++i) crc = table[(crc ^ p[i]) & 0xFF] ^ (crc >> 8);
     return ~crc;
+}
+
+std::string hexAddr(uint64_t v) {
+    char b[24];
+    std::snprintf(b, sizeof b, "0x%08llX", static_cast<unsigned long long>(v));
+    return b;
 }
 
 }  // namespace update

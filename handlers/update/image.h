@@ -57,6 +57,9 @@ struct Validation {
 // the model tag at versionAddress.
 Validation validateImage(const Image& img, const Limits& lim);
 
+// `v` as 0x and at least eight upper-case hex digits, as addresses appear in messages.
+std::string hexAddr(uint64_t v);
+
 // The text at `offset` of `data` up to NUL, 0xFF or the end, when it is printable.
 std::string tagText(const Bytes& data, size_t offset);
 

@@ -25,12 +25,6 @@ int fitting(int overhead, int limit) {
     return n - n % 4;
 }
 
-std::string hex(unsigned long v) {
-    char b[24];
-    std::snprintf(b, sizeof b, "0x%08lX", v);
-    return b;
-}
-
 }  // namespace
 
 const char* targetName(Target t) {
@@ -49,23 +43,20 @@ Settings defaultSettings(Target t, const std::string& product) {
     s.model = model;
     s.writeSize = 128;
     s.verifySize = 128;
-    if (t == Target::Mcu) {
+    // flashStart, appStart, flashEnd, versionAddress, ramStart, ramEnd
+    static const uint32_t LAYOUTS[2][6] = {
         // 128 KiB of flash with a 16 KiB boot loader, 20 KiB of SRAM.
-        s.flashStart = 0x08000000;
-        s.appStart = 0x08004000;
-        s.flashEnd = 0x08020000;
-        s.versionAddress = 0x0800F000;
-        s.ramStart = 0x20000000;
-        s.ramEnd = 0x20005000;
-    } else {
+        {0x08000000, 0x08004000, 0x08020000, 0x0800F000, 0x20000000, 0x20005000},
         // 256 KiB of flash from 0 with an 8 KiB boot loader; SRAM at 0x10000000.
-        s.flashStart = 0x00000000;
-        s.appStart = 0x00002000;
-        s.flashEnd = 0x00040000;
-        s.versionAddress = 0x00002400;
-        s.ramStart = 0x10000000;
-        s.ramEnd = 0x10009000;
-    }
+        {0x00000000, 0x00002000, 0x00040000, 0x00002400, 0x10000000, 0x10009000},
+    };
+    const uint32_t* l = LAYOUTS[t == Target::Mcu ? 0 : 1];
+    s.flashStart = l[0];
+    s.appStart = l[1];
+    s.flashEnd = l[2];
+    s.versionAddress = l[3];
+    s.ramStart = l[4];
+    s.ramEnd = l[5];
     return s;
 }
 
@@ -99,7 +90,7 @@ bool resolveSettings(Target t, const UpdateInfo& info, const std::string& produc
         if (!a.value) continue;
         // An end address may be 2^32 exactly (flash up to the top of the address space).
         if (*a.value > 0xFFFFFFFFul) {
-            *why = std::string(a.key) + " " + hex(*a.value) + " lies outside 32-bit addresses";
+            *why = std::string(a.key) + " " + hexAddr(*a.value) + " lies outside 32-bit addresses";
             return false;
         }
         *a.dst = static_cast<uint32_t>(*a.value);
@@ -125,22 +116,22 @@ bool resolveSettings(Target t, const UpdateInfo& info, const std::string& produc
         }
     }
     if (!(s.flashStart <= s.appStart && s.appStart < s.flashEnd)) {
-        *why = "ProgramROM_startAddress " + hex(s.appStart) + " lies outside the flash " +
-               hex(s.flashStart) + "-" + hex(s.flashEnd);
+        *why = "ProgramROM_startAddress " + hexAddr(s.appStart) + " lies outside the flash " +
+               hexAddr(s.flashStart) + "-" + hexAddr(s.flashEnd);
         return false;
     }
     if (s.appStart % 4 != 0) {
-        *why = "ProgramROM_startAddress " + hex(s.appStart) + " is not word aligned";
+        *why = "ProgramROM_startAddress " + hexAddr(s.appStart) + " is not word aligned";
         return false;
     }
     if (!(s.appStart <= s.versionAddress && s.versionAddress < s.flashEnd)) {
-        *why =
-            "MCU_versionAddress " + hex(s.versionAddress) + " lies outside the application region";
+        *why = "MCU_versionAddress " + hexAddr(s.versionAddress) +
+               " lies outside the application region";
         return false;
     }
     if (s.ramStart >= s.ramEnd) {
-        *why =
-            "RAM_startAddress " + hex(s.ramStart) + " is not below RAM_endAddress " + hex(s.ramEnd);
+        *why = "RAM_startAddress " + hexAddr(s.ramStart) + " is not below RAM_endAddress " +
+               hexAddr(s.ramEnd);
         return false;
     }
     if (s.model.empty()) {

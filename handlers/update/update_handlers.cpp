@@ -15,12 +15,6 @@ namespace update {
 
 namespace {
 
-std::string hexAddr(uint32_t v) {
-    char b[16];
-    std::snprintf(b, sizeof b, "0x%08X", v);
-    return b;
-}
-
 const char* yesNo(uint8_t v) {
     return v ? "yes" : "no";
 }
