@@ -162,12 +162,6 @@ std::string renderAutoReboot(Bytes a, std::string_view, int fd) {
 std::string renderDelayTimeMenu() {
     return shapes::renderStep(shapes::menuStep(SET_DELAY_TIME_CONTROL));
 }
-std::string renderPowerOffMenu() {
-    return shapes::renderStep(shapes::menuStep(SET_POWER_OFF_VALUE));
-}
-std::string renderAutoRebootMenu() {
-    return shapes::renderStep(shapes::menuStep(SET_AUTO_REBOOT_FUNCTION));
-}
 
 }  // namespace bkp
 

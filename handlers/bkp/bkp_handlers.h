@@ -46,10 +46,9 @@ std::string renderDelayTimeStatus(Bytes a, std::string_view product, int fd);
 std::string renderDelayTimeNow(Bytes a, std::string_view product, int fd);
 std::string renderPowerOffValue(Bytes a, std::string_view product, int fd);
 std::string renderAutoReboot(Bytes a, std::string_view product, int fd);
-// The menus of the SETs, up to the prompt.
+// The delay-time menu, up to the prompt (its lines are built from the minutes; the other
+// menus are plain rows, swept through menuRows).
 std::string renderDelayTimeMenu();
-std::string renderPowerOffMenu();
-std::string renderAutoRebootMenu();
 
 // Every handler that runs a menu row, with its row.
 extern const std::span<const shapes::MenuRef> menuRows;
