@@ -6,9 +6,7 @@
 
 namespace core {
 
-namespace {
-
-std::string vformat(const char* fmt, va_list args) {
+std::string vstrprintf(const char* fmt, va_list args) {
     va_list again;
     va_copy(again, args);
     char small[256];
@@ -25,12 +23,10 @@ std::string vformat(const char* fmt, va_list args) {
     return out;
 }
 
-}  // namespace
-
 std::string strprintf(const char* fmt, ...) {
     va_list args;
     va_start(args, fmt);
-    std::string out = vformat(fmt, args);
+    std::string out = vstrprintf(fmt, args);
     va_end(args);
     return out;
 }
@@ -38,7 +34,7 @@ std::string strprintf(const char* fmt, ...) {
 std::string rowprintf(const char* fmt, ...) {
     va_list args;
     va_start(args, fmt);
-    std::string out = vformat(fmt, args);
+    std::string out = vstrprintf(fmt, args);
     va_end(args);
     return out;
 }

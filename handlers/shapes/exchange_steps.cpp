@@ -11,6 +11,7 @@
 #include "exchange.h"
 #include "prompt.h"
 #include "report.h"
+#include "text.h"
 
 namespace steps {
 
@@ -97,17 +98,8 @@ void warnShort(const char* funName, const Answer& answer, size_t need) {
 std::string format(const char* fmt, ...) {
     va_list args;
     va_start(args, fmt);
-    va_list again;
-    va_copy(again, args);
-    int n = vsnprintf(nullptr, 0, fmt, args);
+    std::string out = core::vstrprintf(fmt, args);
     va_end(args);
-    std::string out;
-    if (n > 0) {
-        out.resize(static_cast<size_t>(n) + 1);
-        vsnprintf(out.data(), out.size(), fmt, again);
-        out.resize(static_cast<size_t>(n));
-    }
-    va_end(again);
     return out;
 }
 

@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "text.h"
+
 namespace sysrender {
 
 const std::string SEP26 = std::string(26, '=') + "\n";
@@ -13,17 +15,8 @@ const std::string TAB_RULE36 = "\t" + std::string(36, '=');
 std::string format(const char* fmt, ...) {
     va_list args;
     va_start(args, fmt);
-    va_list again;
-    va_copy(again, args);
-    int n = vsnprintf(nullptr, 0, fmt, args);
+    std::string out = core::vstrprintf(fmt, args);
     va_end(args);
-    std::string out;
-    if (n > 0) {
-        out.resize(static_cast<size_t>(n) + 1);
-        vsnprintf(out.data(), out.size(), fmt, again);
-        out.resize(static_cast<size_t>(n));
-    }
-    va_end(again);
     return out;
 }
 

@@ -393,17 +393,26 @@ int FUNC_ST_SYSTEM_SET_G_SENSOR_DATA(int cmdIndex, char* funName) {
     return verdict;
 }
 
-int FUNC_ST_SYSTEM_GET_I_BUTTON_KEY(int cmdIndex, char* funName) {
+namespace {
+
+// A key reading: the key's index typed in hexadecimal, one exchange, the key rendered.
+int getKey(int cmdIndex, char* funName, const char* prompt, unsigned long limit, const char* error,
+           std::string (*render)(unsigned typedIndex, const sysrender::Answer& a)) {
     unsigned long index = 0;
-    if (!askIndexForGet("Input iButton Key Index 0x(00-31) : ", 0x32,
-                        "Input iButton Key Index error !!! Please try again.", &index))
-        return 0;
+    if (!askIndexForGet(prompt, limit, error, &index)) return 0;
     const Byte request[] = {static_cast<Byte>(index), 1};
     Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
     if (r.verdict != 1) return r.verdict;
-    print(sysrender::renderIButtonKey(static_cast<unsigned>(index),
-                                      sysrender::Answer(r.bytes(), product(), fd())));
+    print(render(static_cast<unsigned>(index), sysrender::Answer(r.bytes(), product(), fd())));
     return 1;
+}
+
+}  // namespace
+
+int FUNC_ST_SYSTEM_GET_I_BUTTON_KEY(int cmdIndex, char* funName) {
+    return getKey(cmdIndex, funName, "Input iButton Key Index 0x(00-31) : ", 0x32,
+                  "Input iButton Key Index error !!! Please try again.",
+                  sysrender::renderIButtonKey);
 }
 
 int FUNC_ST_SYSTEM_SET_I_BUTTON_KEY(int cmdIndex, char* funName) {
@@ -429,16 +438,8 @@ int FUNC_ST_SYSTEM_SET_I_BUTTON_KEY(int cmdIndex, char* funName) {
 }
 
 int FUNC_ST_SYSTEM_GET_RFID_KEY(int cmdIndex, char* funName) {
-    unsigned long index = 0;
-    if (!askIndexForGet("Input RFID Key Index 0x(00-09) : ", 0x0A,
-                        "Input RFID Key Index error !!! Please try again.", &index))
-        return 0;
-    const Byte request[] = {static_cast<Byte>(index), 1};
-    Reported r = exchange(cmdIndex, request, REPORT_STANDARD, funName);
-    if (r.verdict != 1) return r.verdict;
-    print(sysrender::renderRfidKey(static_cast<unsigned>(index),
-                                   sysrender::Answer(r.bytes(), product(), fd())));
-    return 1;
+    return getKey(cmdIndex, funName, "Input RFID Key Index 0x(00-09) : ", 0x0A,
+                  "Input RFID Key Index error !!! Please try again.", sysrender::renderRfidKey);
 }
 
 int FUNC_ST_SYSTEM_SET_RFID_KEY(int cmdIndex, char* funName) {
